@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Brenmoor builds and tests with. Safe to run again.
+set -euo pipefail
+
+packages=(
+  cmake g++ make pkg-config
+  libcurl4-openssl-dev libpugixml-dev libcpp-httplib-dev libsqlite3-dev
+  libgtest-dev libgmock-dev libcli11-dev libssl-dev libbenchmark-dev
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if ((${#missing[@]})); then
+  sudo_cmd=()
+  [[ $(id -u) -eq 0 ]] || sudo_cmd=(sudo)
+  "${sudo_cmd[@]}" apt-get update
+  DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y "${missing[@]}"
+fi
