@@ -1,0 +1,77 @@
+#include "dispatch/dispatcher.h"
+
+#include <algorithm>
+
+#include "dispatch/session_key.h"
+#include "soap/clip.h"
+#include "soap/faults.h"
+#include "soap/request.h"
+
+namespace sandbox {
+namespace {
+
+std::string collapse_slashes(std::string_view path) {
+  std::string collapsed;
+  for (char c : path) {
+    if (c != '/' || collapsed.empty() || collapsed.back() != '/') collapsed += c;
+  }
+  return collapsed;
+}
+
+const Operation* find_operation(const Service& service, std::string_view name) {
+  const auto found = std::find_if(service.operations.begin(), service.operations.end(),
+                                  [&](const Operation& op) { return op.name == name; });
+  return found == service.operations.end() ? nullptr : &*found;
+}
+
+std::string describe_key(const Session& session) {
+  return "key=" + session.token.substr(0, 8) + "...:" + std::to_string(session.counter);
+}
+
+}  // namespace
+
+const Service* Dispatcher::find_service(std::string_view path) const {
+  const std::string normalised = collapse_slashes(path);
+  for (const Service* service : services_) {
+    if (service->path == normalised) return service;
+  }
+  return nullptr;
+}
+
+Outcome Dispatcher::handle(const Service& service, std::string_view body) {
+  Outcome outcome;
+  try {
+    const SoapRequest request = SoapRequest::parse(body, service.ns, service.name);
+    outcome.operation = clip(request.operation_name(), 64);
+    const Operation* operation = find_operation(service, request.operation_name());
+    if (!operation) {
+      throw ServerException("No such operation '" + outcome.operation + "' on service " +
+                            std::string(service.name));
+    }
+
+    const Arguments args(request.operation(), operation->name);
+    Reply reply;
+    {
+      const std::lock_guard lock(store_mutex_);
+      std::optional<Session> session;
+      if (operation->access == Access::keyed) {
+        session = verify_session_key(db_, args);
+        outcome.key_note = describe_key(*session);
+      }
+      Call call(db_, server_, args, reply, session ? &*session : nullptr);
+      operation->handler(call);
+    }
+    outcome.body = reply.render(operation->name, service.ns);
+  } catch (const ApplicationFault& fault) {
+    outcome.body = application_fault_envelope(fault, service.ns);
+  } catch (const ServerException& error) {
+    outcome.status = 500;
+    outcome.body = server_fault_envelope(error.what());
+  } catch (const std::exception& error) {
+    outcome.status = 500;
+    outcome.body = server_fault_envelope(std::string("Internal error: ") + error.what());
+  }
+  return outcome;
+}
+
+}  // namespace sandbox

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "soap/arguments.h"
+#include "soap/reply.h"
+
+namespace sandbox {
+
+class Database;
+
+// Facts about the running sandbox that some operations answer with.
+struct ServerInfo {
+  std::string version;
+  std::string base_url;  // e.g. "http://127.0.0.1:8080"
+};
+
+// The signed-in session behind a keyed request, as the key check found it.
+struct Session {
+  std::string token;
+  std::int64_t user_id = 0;
+  std::optional<std::int64_t> account_id;  // the selected account, if any
+  std::int64_t counter = 0;                // of the key that this request carried
+};
+
+// Everything a handler works with. Handlers run one at a time.
+class Call {
+ public:
+  Call(Database& db, const ServerInfo& server, const Arguments& args, Reply& reply,
+       const Session* session)
+      : db(db), server(server), args(args), reply(reply), session_(session) {}
+
+  Database& db;
+  const ServerInfo& server;
+  const Arguments& args;
+  Reply& reply;
+
+  // The session of a keyed operation; open operations have none.
+  const Session& session() const {
+    if (!session_) throw std::logic_error("session() called by an operation without a key");
+    return *session_;
+  }
+
+ private:
+  const Session* session_;
+};
+
+// Whether the operation's first element must be a valid session key.
+enum class Access { open, keyed };
+
+using Handler = void (*)(Call& call);
+
+struct Operation {
+  std::string_view name;
+  Access access;
+  Handler handler;
+};
+
+// One endpoint: its path, namespace and the table of operations it serves.
+struct Service {
+  std::string_view name;
+  std::string_view path;
+  std::string_view ns;
+  std::span<const Operation> operations;
+};
+
+}  // namespace sandbox

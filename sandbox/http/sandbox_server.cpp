@@ -1,0 +1,117 @@
+#include "http/sandbox_server.h"
+
+#include <arpa/inet.h>
+#include <httplib.h>
+
+#include <chrono>
+#include <stdexcept>
+
+#include "http/request_log.h"
+#include "services/services.h"
+#include "store/demo_seed.h"
+#include "store/schema.h"
+
+namespace sandbox {
+namespace {
+
+constexpr std::size_t kMaxRequestBody = 16 * 1024 * 1024;
+
+std::filesystem::path prepare_database_file(const std::filesystem::path& data_dir) {
+  std::filesystem::create_directories(data_dir);
+  return data_dir / "sandbox.sqlite3";
+}
+
+// Only numeric addresses: binding must never wait on a name lookup.
+ServerOptions with_numeric_host(ServerOptions options) {
+  if (options.host == "localhost") options.host = "127.0.0.1";
+  unsigned char address[16];
+  if (inet_pton(AF_INET, options.host.c_str(), address) != 1 &&
+      inet_pton(AF_INET6, options.host.c_str(), address) != 1) {
+    throw std::invalid_argument("--host must be a numeric IP address, not '" + options.host + "'");
+  }
+  return options;
+}
+
+std::string url_host(const std::string& host) {
+  return host.find(':') == std::string::npos ? host : "[" + host + "]";
+}
+
+}  // namespace
+
+SandboxServer::SandboxServer(const ServerOptions& options)
+    : options_(with_numeric_host(options)),
+      db_(prepare_database_file(options.data_dir)),
+      info_{options.version, ""},
+      dispatcher_(db_, info_, all_services()),
+      http_(std::make_unique<httplib::Server>()) {
+  create_schema(db_);
+  if (options_.seed || has_no_users(db_)) seed_demo_data(db_);
+  install_routes(options_.log);
+}
+
+SandboxServer::~SandboxServer() {
+  stop();
+}
+
+void SandboxServer::install_routes(bool log) {
+  http_->set_payload_max_length(kMaxRequestBody);
+  // Bounds how long stop() waits for idle keep-alive connections.
+  http_->set_keep_alive_timeout(2);
+
+  http_->set_pre_routing_handler(
+      [this, log](const httplib::Request& request, httplib::Response& response) {
+        if (log) request_log::begin();
+        if (request.method == "POST" || !dispatcher_.find_service(request.path)) {
+          return httplib::Server::HandlerResponse::Unhandled;
+        }
+        response.status = 405;
+        response.set_header("Allow", "POST");
+        response.set_content("Service endpoints accept POST only\n", "text/plain");
+        return httplib::Server::HandlerResponse::Handled;
+      });
+
+  http_->Post(".*", [this, log](const httplib::Request& request, httplib::Response& response) {
+    const Service* service = dispatcher_.find_service(request.path);
+    if (!service) {
+      response.status = 404;
+      response.set_content("No service at this path\n", "text/plain");
+      return;
+    }
+    Outcome outcome = dispatcher_.handle(*service, request.body);
+    if (log) request_log::describe(service->name, outcome.operation, outcome.key_note);
+    response.status = outcome.status;
+    response.set_content(std::move(outcome.body), "text/xml; charset=utf-8");
+  });
+
+  if (log) {
+    http_->set_logger([](const httplib::Request& request, const httplib::Response& response) {
+      request_log::finish(request.method, request.path, response.status);
+    });
+  }
+}
+
+int SandboxServer::start() {
+  const int port = options_.port == 0
+                       ? http_->bind_to_any_port(options_.host)
+                       : (http_->bind_to_port(options_.host, options_.port) ? options_.port : -1);
+  if (port < 0) {
+    throw std::runtime_error("cannot listen on " + options_.host + ":" +
+                             std::to_string(options_.port));
+  }
+  info_.base_url = "http://" + url_host(options_.host) + ":" + std::to_string(port);
+
+  listener_ = std::thread([this] { http_->listen_after_bind(); });
+  // The socket already accepts connections; this only makes stop() effective at once.
+  for (int attempt = 0; attempt < 5000 && !http_->is_running(); ++attempt) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return port;
+}
+
+void SandboxServer::stop() {
+  if (!listener_.joinable()) return;
+  http_->stop();
+  listener_.join();
+}
+
+}  // namespace sandbox

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "dispatch/dispatcher.h"
+#include "dispatch/service.h"
+#include "store/database.h"
+
+namespace httplib {
+class Server;
+}
+
+namespace sandbox {
+
+struct ServerOptions {
+  std::string host = "127.0.0.1";  // a numeric address; "localhost" means 127.0.0.1
+  int port = 0;                    // 0 picks a free port
+  std::filesystem::path data_dir;  // holds the SQLite file; created if missing
+  bool seed = false;               // (re)create the demo user even if users exist
+  bool log = false;                // one line per request on stderr
+  std::string version = "3.2.4.60";
+};
+
+// The HTTP front of the sandbox: the five SOAP endpoints over one store.
+class SandboxServer {
+ public:
+  // Opens the store, creates the schema and seeds the demo data when asked or when
+  // the store has no user yet. Throws std::exception on failure.
+  explicit SandboxServer(const ServerOptions& options);
+  ~SandboxServer();
+  SandboxServer(const SandboxServer&) = delete;
+  SandboxServer& operator=(const SandboxServer&) = delete;
+
+  // Binds, starts serving on a background thread and returns the port once requests
+  // are being served. Throws when the address cannot be bound.
+  int start();
+  // "http://HOST:PORT", valid after start().
+  const std::string& base_url() const { return info_.base_url; }
+  // Stops serving and waits for requests in progress; safe to call more than once.
+  void stop();
+
+ private:
+  void install_routes(bool log);
+
+  ServerOptions options_;
+  Database db_;
+  ServerInfo info_;
+  Dispatcher dispatcher_;
+  std::unique_ptr<httplib::Server> http_;
+  std::thread listener_;
+};
+
+}  // namespace sandbox

@@ -1,0 +1,208 @@
+#include "soap/arguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "soap/clip.h"
+#include "soap/faults.h"
+#include "soap/namespaces.h"
+#include "soap/xml_names.h"
+
+namespace sandbox {
+namespace {
+
+// The xsd types each reader takes; integers may arrive narrower or wider than read.
+constexpr std::string_view kStringTypes[] = {"string"};
+constexpr std::string_view kIntegerTypes[] = {"int", "short", "byte", "long", "integer"};
+constexpr std::string_view kBooleanTypes[] = {"boolean"};
+constexpr std::string_view kRealTypes[] = {"double", "float", "decimal"};
+constexpr std::string_view kDateTimeTypes[] = {"dateTime"};
+
+bool is_nil(pugi::xml_node node) {
+  const std::string_view nil = find_attribute(node, kSchemaInstanceNs, "nil").value();
+  return nil == "true" || nil == "1";
+}
+
+// Character data of an element that holds no elements; nothing when it does.
+std::optional<std::string> simple_text(pugi::xml_node node) {
+  std::string text;
+  for (pugi::xml_node child : node.children()) {
+    if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
+      text += child.value();
+    } else if (child.type() == pugi::node_element) {
+      return std::nullopt;
+    }
+  }
+  return text;
+}
+
+std::string_view trim(std::string_view text) {
+  constexpr std::string_view kSpace = " \t\r\n";
+  const auto first = text.find_first_not_of(kSpace);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
+}
+
+template <class Number>
+bool parse_number(std::string_view text, Number& value) {
+  if (text.starts_with('+')) text.remove_prefix(1);
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  return result.ec == std::errc{} && result.ptr == text.data() + text.size();
+}
+
+}  // namespace
+
+pugi::xml_node Arguments::find(std::string_view name) const {
+  for (pugi::xml_node child : operation_.children()) {
+    if (child.type() == pugi::node_element && local_name(child.name()) == name) return child;
+  }
+  return {};
+}
+
+void Arguments::fail(std::string_view name, std::string_view problem) const {
+  throw ServerException("Argument '" + std::string(name) + "' of operation '" +
+                        std::string(operation_name_) + "' " + std::string(problem));
+}
+
+pugi::xml_node Arguments::typed(std::string_view name, std::span<const std::string_view> accepted,
+                                std::string_view described_as) const {
+  const pugi::xml_node node = find(name);
+  if (!node) {
+    throw ServerException("Missing argument '" + std::string(name) + "' of operation '" +
+                          std::string(operation_name_) + "'");
+  }
+  const pugi::xml_attribute type = find_attribute(node, kSchemaInstanceNs, "type");
+  if (!type) return node;
+  const auto qname = resolve_qname_value(node, type.value());
+  if (!qname) fail(name, "has a type with an undeclared prefix: '" + clip(type.value()) + "'");
+  if (qname->ns != kSchemaNs ||
+      std::find(accepted.begin(), accepted.end(), qname->local) == accepted.end()) {
+    fail(name, "has type '" + clip(type.value()) + "', expected " + std::string(described_as));
+  }
+  return node;
+}
+
+std::string Arguments::scalar_text(std::string_view name,
+                                   std::span<const std::string_view> accepted,
+                                   std::string_view described_as) const {
+  const pugi::xml_node node = typed(name, accepted, described_as);
+  if (is_nil(node)) fail(name, "is nil, expected " + std::string(described_as));
+  const auto text = simple_text(node);
+  if (!text) fail(name, "must be a simple value, expected " + std::string(described_as));
+  return std::string(trim(*text));
+}
+
+std::string Arguments::string(std::string_view name) const {
+  const pugi::xml_node node = typed(name, kStringTypes, "xsd:string");
+  if (is_nil(node)) return {};
+  auto text = simple_text(node);
+  if (!text) fail(name, "must be a simple value, expected xsd:string");
+  return std::move(*text);
+}
+
+std::int64_t Arguments::integer(std::string_view name, std::int64_t min, std::int64_t max,
+                                std::string_view described_as) const {
+  const std::string text = scalar_text(name, kIntegerTypes, described_as);
+  std::int64_t value = 0;
+  if (!parse_number(text, value)) {
+    fail(name, "is not a valid " + std::string(described_as) + ": '" + clip(text) + "'");
+  }
+  if (value < min || value > max) {
+    fail(name, "is out of range for " + std::string(described_as) + ": " + text);
+  }
+  return value;
+}
+
+std::int32_t Arguments::int32(std::string_view name) const {
+  using Limits = std::numeric_limits<std::int32_t>;
+  return static_cast<std::int32_t>(integer(name, Limits::min(), Limits::max(), "xsd:int"));
+}
+
+std::int16_t Arguments::int16(std::string_view name) const {
+  using Limits = std::numeric_limits<std::int16_t>;
+  return static_cast<std::int16_t>(integer(name, Limits::min(), Limits::max(), "xsd:short"));
+}
+
+bool Arguments::boolean(std::string_view name) const {
+  const std::string text = scalar_text(name, kBooleanTypes, "xsd:boolean");
+  if (text == "true" || text == "1") return true;
+  if (text == "false" || text == "0") return false;
+  fail(name, "is not a valid xsd:boolean: '" + clip(text) + "'");
+}
+
+double Arguments::real(std::string_view name) const {
+  const std::string text = scalar_text(name, kRealTypes, "xsd:double");
+  if (text == "INF") return std::numeric_limits<double>::infinity();
+  if (text == "-INF") return -std::numeric_limits<double>::infinity();
+  if (text == "NaN") return std::numeric_limits<double>::quiet_NaN();
+  double value = 0;
+  if (!parse_number(text, value)) fail(name, "is not a valid xsd:double: '" + clip(text) + "'");
+  return value;
+}
+
+Timestamp Arguments::date_time(std::string_view name) const {
+  const std::string text = scalar_text(name, kDateTimeTypes, "xsd:dateTime");
+  const auto time = parse_date_time(text);
+  if (!time) fail(name, "is not a valid xsd:dateTime: '" + clip(text) + "'");
+  return *time;
+}
+
+std::vector<std::string> Arguments::strings(std::string_view name) const {
+  const pugi::xml_node node = find(name);
+  if (!node) {
+    throw ServerException("Missing argument '" + std::string(name) + "' of operation '" +
+                          std::string(operation_name_) + "'");
+  }
+  if (is_nil(node)) return {};
+  if (const pugi::xml_attribute type = find_attribute(node, kSchemaInstanceNs, "type")) {
+    const auto qname = resolve_qname_value(node, type.value());
+    if (!qname || qname->ns != kEncodingNs || qname->local != "Array") {
+      fail(name, "has type '" + clip(type.value()) + "', expected a string array");
+    }
+  }
+
+  std::vector<std::string> items;
+  for (pugi::xml_node item : node.children()) {
+    if (item.type() != pugi::node_element) continue;
+    if (const pugi::xml_attribute type = find_attribute(item, kSchemaInstanceNs, "type")) {
+      const auto qname = resolve_qname_value(item, type.value());
+      if (!qname || qname->ns != kSchemaNs || qname->local != "string") {
+        fail(name, "holds an item of type '" + clip(type.value()) + "', expected xsd:string");
+      }
+    }
+    auto text = is_nil(item) ? std::optional<std::string>("") : simple_text(item);
+    if (!text) fail(name, "holds an item that is not a simple value");
+    items.push_back(std::move(*text));
+  }
+
+  if (const pugi::xml_attribute array_type = find_attribute(node, kEncodingNs, "arrayType")) {
+    const std::string_view declared = array_type.value();
+    const auto bracket = declared.find('[');
+    const auto item_type =
+        resolve_qname_value(node, declared.substr(0, std::min(bracket, declared.size())));
+    std::size_t count = 0;
+    const bool count_ok =
+        bracket != std::string_view::npos && declared.ends_with(']') &&
+        parse_number(declared.substr(bracket + 1, declared.size() - bracket - 2), count);
+    if (!item_type || item_type->ns != kSchemaNs || item_type->local != "string" || !count_ok) {
+      fail(name, "has array type '" + clip(declared) + "', expected xsd:string[N]");
+    }
+    if (count != items.size()) {
+      fail(name, "declares " + std::to_string(count) + " items but holds " +
+                     std::to_string(items.size()));
+    }
+  }
+  return items;
+}
+
+std::optional<std::string> Arguments::leading(std::string_view name) const {
+  for (pugi::xml_node child : operation_.children()) {
+    if (child.type() != pugi::node_element) continue;
+    if (local_name(child.name()) != name) return std::nullopt;
+    return simple_text(child);
+  }
+  return std::nullopt;
+}
+
+}  // namespace sandbox

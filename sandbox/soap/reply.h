@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "soap/value.h"
+
+namespace sandbox {
+
+// What a handler answers. The handler states the result; render() writes it in the
+// rpc/encoded form: one <OPReturn> in the <OPResponse> wrapper, records as multiRef
+// entries after the wrapper. A handler that states nothing gets an empty wrapper.
+class Reply {
+ public:
+  void scalar(Value value) { result_ = std::move(value); }
+  // A record of type `type` (e.g. "DeploymentInfo") in the service's namespace.
+  void record(std::string type, Fields fields) {
+    result_ = Record{std::move(type), std::move(fields)};
+  }
+  void records(std::string type, std::vector<Fields> items) {
+    result_ = RecordList{std::move(type), std::move(items)};
+  }
+  void strings(std::vector<std::string> items) { result_ = std::move(items); }
+
+  // The whole answer envelope for `operation` of the service whose namespace is `ns`.
+  std::string render(std::string_view operation, std::string_view ns) const;
+
+ private:
+  struct Record {
+    std::string type;
+    Fields fields;
+  };
+  struct RecordList {
+    std::string type;
+    std::vector<Fields> items;
+  };
+
+  std::variant<std::monostate, Value, Record, RecordList, std::vector<std::string>> result_;
+};
+
+}  // namespace sandbox

@@ -1,0 +1,110 @@
+#include "store/database.h"
+
+#include <sqlite3.h>
+
+#include <stdexcept>
+
+namespace sandbox {
+namespace {
+
+[[noreturn]] void fail(sqlite3* db, std::string_view doing) {
+  throw std::runtime_error("SQLite " + std::string(doing) + ": " + sqlite3_errmsg(db));
+}
+
+}  // namespace
+
+Statement::Statement(sqlite3* db, std::string_view sql) : db_(db) {
+  if (sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &statement_, nullptr) !=
+      SQLITE_OK) {
+    fail(db, "prepare");
+  }
+}
+
+Statement::~Statement() {
+  sqlite3_finalize(statement_);
+}
+
+bool Statement::step() {
+  const int result = sqlite3_step(statement_);
+  if (result == SQLITE_ROW) return true;
+  if (result == SQLITE_DONE) return false;
+  fail(db_, "step");
+}
+
+void Statement::run() {
+  while (step()) {
+  }
+}
+
+std::int64_t Statement::integer(int column) const {
+  return sqlite3_column_int64(statement_, column);
+}
+
+std::optional<std::int64_t> Statement::optional_integer(int column) const {
+  if (sqlite3_column_type(statement_, column) == SQLITE_NULL) return std::nullopt;
+  return integer(column);
+}
+
+std::string Statement::text(int column) const {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+  if (text == nullptr) return {};
+  return std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+}
+
+void Statement::bind_value(int index, std::int64_t value) {
+  if (sqlite3_bind_int64(statement_, index, value) != SQLITE_OK) fail(db_, "bind");
+}
+
+void Statement::bind_value(int index, std::string_view value) {
+  if (sqlite3_bind_text64(statement_, index, value.data(), value.size(), SQLITE_TRANSIENT,
+                          SQLITE_UTF8) != SQLITE_OK) {
+    fail(db_, "bind");
+  }
+}
+
+void Statement::bind_value(int index, std::nullopt_t) {
+  if (sqlite3_bind_null(statement_, index) != SQLITE_OK) fail(db_, "bind");
+}
+
+void Statement::bind_value(int index, const std::optional<std::int64_t>& value) {
+  if (value) {
+    bind_value(index, *value);
+  } else {
+    bind_value(index, std::nullopt);
+  }
+}
+
+Database::Database(const std::filesystem::path& file) {
+  if (sqlite3_open_v2(file.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
+      SQLITE_OK) {
+    const std::string message = db_ ? sqlite3_errmsg(db_) : "out of memory";
+    sqlite3_close(db_);
+    throw std::runtime_error("cannot open database " + file.string() + ": " + message);
+  }
+  // Another sandbox on the same folder may hold a lock for a moment.
+  sqlite3_busy_timeout(db_, 2000);
+}
+
+Database::~Database() {
+  sqlite3_close(db_);
+}
+
+void Database::execute(std::string_view sql) {
+  const std::string statements(sql);
+  char* error = nullptr;
+  if (sqlite3_exec(db_, statements.c_str(), nullptr, nullptr, &error) != SQLITE_OK) {
+    const std::string message = error ? error : "unknown error";
+    sqlite3_free(error);
+    throw std::runtime_error("SQLite execute: " + message);
+  }
+}
+
+std::int64_t Database::last_insert_id() const {
+  return sqlite3_last_insert_rowid(db_);
+}
+
+int Database::changes() const {
+  return sqlite3_changes(db_);
+}
+
+}  // namespace sandbox

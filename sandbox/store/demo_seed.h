@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string_view>
+
+namespace sandbox {
+
+class Database;
+
+inline constexpr std::string_view kDemoUserEmail = "demo@example.com";
+inline constexpr std::string_view kDemoUserPassword = "demo";
+
+// True when no user exists yet: a fresh database gets the demo data.
+bool has_no_users(Database& db);
+
+// Creates (or restores) the demo user and its two accounts.
+void seed_demo_data(Database& db);
+
+}  // namespace sandbox
