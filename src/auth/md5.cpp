@@ -42,8 +42,9 @@ class Md5Stream {
   void update(Bytes bytes) {
     totalBytes_ += bytes.size();
     if (pendingSize_ > 0) {
-      const std::size_t taken = std::min(bytes.size(), kBlockSize - pendingSize_);
-      std::copy_n(bytes.begin(), taken, pending_.begin() + pendingSize_);
+      const std::span<unsigned char> room = std::span(pending_).subspan(pendingSize_);
+      const std::size_t taken = std::min(bytes.size(), room.size());
+      std::copy_n(bytes.begin(), taken, room.begin());
       pendingSize_ += taken;
       bytes = bytes.subspan(taken);
       if (pendingSize_ < kBlockSize) return;
@@ -51,21 +52,25 @@ class Md5Stream {
       pendingSize_ = 0;
     }
     for (; bytes.size() >= kBlockSize; bytes = bytes.subspan(kBlockSize)) compress(bytes.data());
-    std::copy(bytes.begin(), bytes.end(), pending_.begin());
-    pendingSize_ = bytes.size();
+    // The loop leaves less than a block; the bound says so to the optimiser too.
+    pendingSize_ = std::min(bytes.size(), kBlockSize);
+    std::copy_n(bytes.begin(), pendingSize_, pending_.begin());
   }
 
   std::string finishHex() {
+    // RFC 1321 padding: 0x80, zeros up to byte 56 of a block, then the bit count.
     const std::uint64_t bitCount = totalBytes_ * 8;
-    constexpr std::array<unsigned char, kBlockSize> kPadding = {0x80};
-    const std::size_t paddingSize = pendingSize_ < kLengthFieldOffset
-                                        ? kLengthFieldOffset - pendingSize_
-                                        : kBlockSize + kLengthFieldOffset - pendingSize_;
-    update(Bytes(kPadding).first(paddingSize));
-    std::array<unsigned char, 8> lengthField{};
-    for (std::size_t i = 0; i < lengthField.size(); ++i)
-      lengthField[i] = static_cast<unsigned char>(bitCount >> (8 * i));
-    update(lengthField);
+    pending_[pendingSize_++] = 0x80;
+    if (pendingSize_ > kLengthFieldOffset) {
+      std::fill(pending_.begin() + pendingSize_, pending_.end(), 0);
+      compress(pending_.data());
+      pendingSize_ = 0;
+    }
+    std::fill(pending_.begin() + pendingSize_, pending_.begin() + kLengthFieldOffset, 0);
+    for (std::size_t i = 0; i < 8; ++i) {
+      pending_[kLengthFieldOffset + i] = static_cast<unsigned char>(bitCount >> (8 * i));
+    }
+    compress(pending_.data());
 
     constexpr std::string_view kHexDigits = "0123456789abcdef";
     std::string hex;
@@ -169,7 +174,7 @@ class LowByteWriter {
 
  private:
   Md5Stream& stream_;
-  std::array<unsigned char, 256> buffer_{};
+  std::array<unsigned char, kBlockSize> buffer_{};
   std::size_t used_ = 0;
 };
 

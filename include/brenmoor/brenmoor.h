@@ -1,0 +1,11 @@
+#pragma once
+// Brenmoor: the client library of the Telvane services.
+
+#include "brenmoor/collection.h"
+#include "brenmoor/date.h"
+#include "brenmoor/deployment.h"
+#include "brenmoor/error.h"
+#include "brenmoor/host.h"
+#include "brenmoor/property.h"
+#include "brenmoor/version.h"
+#include "brenmoor/zyl_service.h"

@@ -1,0 +1,58 @@
+#include "service/call.h"
+
+#include "service/error_reporter.h"
+#include "service/key.h"
+#include "soap/failure.h"
+#include "soap/transport.h"
+#include "util/convert.h"
+
+namespace brenmoor::service {
+
+std::string genericFaultAlert(const soap::Node& fault) {
+  auto part = [&](size_t i) -> const soap::Node& {
+    if (i >= fault.children.size()) {
+      throw soap::Failure(soap::kGeneralFailure, "The fault answer lacks its part " +
+                                                     std::to_string(i + 1));
+    }
+    return *fault.children[i];
+  };
+  const soap::Node& code = part(0);
+  return "Fault:" + std::string(code.valueLocalName()) + " " + code.valueNamespace + " " +
+         part(1).textContent() + " " + part(2).textContent() + " ";
+}
+
+Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& elements,
+            const std::function<void(const soap::Answer&)>& read, const FaultAlert& alert) {
+  try {
+    Elements request;
+    if (op.key == Key::Sent) request.push_back({"key", nextKey(state)});
+    for (auto& e : elements()) request.push_back(std::move(e));
+    const auto service = soap::serviceInfo(op.service);
+    const std::string text =
+        soap::writeEnvelope(service.namespaceUri, op.name, request, state.envelopeOption);
+
+    soap::HttpTransport transport(state.connections);
+    if (op.timeoutMs != kDefaultTimeout) transport.setTimeout(op.timeoutMs);
+    transport.setSoapAction(std::string(service.namespaceUri));
+    if (state.useProxy) transport.setProxy("localhost", 8080);
+
+    const std::string& url = state.endpoint(op.service);
+    const auto reply = transport.send(url, text);
+    const auto answer = soap::Answer::parse(reply.body, reply.charset, url);
+    if (answer.isFault()) {
+      state.host->messageBox(alert(answer.firstParameter()), "");
+      return Outcome::Faulted;
+    }
+    read(answer);
+    return Outcome::Answered;
+  } catch (...) {
+    reportError(state, std::current_exception());
+    return Outcome::Failed;
+  }
+}
+
+std::string returnText(const soap::Answer& answer) { return answer.returnNode().text; }
+
+bool returnBool(const soap::Answer& answer) { return util::toBool(answer.returnNode()); }
+
+}  // namespace brenmoor::service

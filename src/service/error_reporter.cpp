@@ -1,0 +1,77 @@
+#include "service/error_reporter.h"
+
+#include "brenmoor/error.h"
+#include "soap/failure.h"
+
+namespace brenmoor::service {
+namespace {
+
+constexpr const char* kCouldNotContact = "Could not contact the Telvane service.";
+constexpr const char* kInvalidUrl = "Probable cause is an invalid Telvane URL.";
+constexpr const char* kUnavailable = "The service may be temporarily unavailable.";
+constexpr const char* kMaintenance =
+    "The service is currently undergoing a maintenance upgrade.\r\n"
+    "Service should be restored in less than 10 minutes.";
+
+// Runtime errors of the library carry their number in the classic HRESULT form.
+constexpr uint32_t kRuntimeErrorBase = 0x800A0000;
+
+// Returns false when the description cannot be used (it ends right after "Exception:").
+bool applyDescription(ZylService::State& state, const std::string& description) {
+  auto at = description.find("Exception:");
+  if (at == std::string::npos) {
+    state.lastErrID = -1;
+    state.lastErrMsg = description;
+    return true;
+  }
+  // Everything after "Exception:" and the one character that follows it (normally a space).
+  size_t from = at + 11;
+  if (from > description.size()) {
+    state.lastErrMsg.clear();
+    return false;
+  }
+  state.lastErrMsg = description.substr(from);
+  if (state.lastErrMsg.find("User Name cannot be") != std::string::npos ||
+      state.lastErrMsg.find("The user id or password you have entered is invalid") !=
+          std::string::npos) {
+    state.lastErrID = 4;
+  }
+  return true;
+}
+
+}  // namespace
+
+void reportError(ZylService::State& state, uint32_t code, const std::string& description) {
+  auto set = [&](int16_t id, std::string message) {
+    state.lastErrID = id;
+    state.lastErrMsg = std::move(message);
+  };
+  const std::string contact = std::string(kCouldNotContact) + "\r\n";
+  switch (code) {
+    case soap::kTimedOut: set(1, kCouldNotContact); break;
+    case soap::kUnusableServer: set(2, contact + kInvalidUrl); break;
+    case soap::kConnectionRefused: set(3, contact + kUnavailable); break;
+    case soap::kUnexpectedStatus:
+    case soap::kConnectionReset: set(3, contact + kMaintenance); break;
+    default:
+      // A description that ends in "Exception:" leaves nothing to show.
+      if (!applyDescription(state, description)) return;
+  }
+  if (state.showAlerts) state.host->messageBox(state.lastErrMsg, "Telvane");
+}
+
+void reportError(ZylService::State& state, const std::exception_ptr& failure) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const soap::Failure& f) {
+    reportError(state, f.code(), f.what());
+  } catch (const Error& e) {
+    reportError(state, kRuntimeErrorBase | static_cast<uint32_t>(e.number()), e.what());
+  } catch (const std::exception& e) {
+    reportError(state, soap::kGeneralFailure, e.what());
+  } catch (...) {
+    reportError(state, soap::kGeneralFailure, "Unknown failure");
+  }
+}
+
+}  // namespace brenmoor::service

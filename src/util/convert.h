@@ -1,0 +1,19 @@
+#pragma once
+// Converting answer text to typed values. Surrounding white space is ignored. Text of another
+// type throws Error::TypeMismatch; a number out of range throws Error::Overflow.
+
+#include <cstdint>
+#include <string_view>
+
+#include "soap/answer.h"
+
+namespace brenmoor::util {
+
+bool toBool(std::string_view text);  // true/false, 1/0
+int32_t toInt32(std::string_view text);
+int16_t toInt16(std::string_view text);
+double toDouble(std::string_view text);
+
+inline bool toBool(const soap::Node& node) { return toBool(node.text); }
+
+}  // namespace brenmoor::util

@@ -1,0 +1,36 @@
+#include "util/text.h"
+
+#include <algorithm>
+
+namespace brenmoor::util {
+
+std::string escapeXml(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 8);
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      case '\'': out += "&apos;"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
+std::string& stripControlChars(std::string& text) {
+  std::erase_if(text, [](char c) { return c == '\r' || c == '\n' || c == '\0' || c == '\f' || c == '\v'; });
+  return text;
+}
+
+std::string cleanName(std::string text, bool replaceSpaces) {
+  static constexpr std::string_view kRemoved = "~`!@#$%^&*()+={}[]|\\:;\"'<>,?/.";
+  stripControlChars(text);
+  std::erase_if(text, [](char c) { return kRemoved.find(c) != std::string_view::npos; });
+  if (replaceSpaces) std::replace(text.begin(), text.end(), ' ', '_');
+  return text;
+}
+
+}  // namespace brenmoor::util

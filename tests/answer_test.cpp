@@ -1,0 +1,158 @@
+#include <gtest/gtest.h>
+
+#include "soap/answer.h"
+#include "soap/datetime.h"
+#include "soap/failure.h"
+#include "soap_answers.h"
+
+namespace brenmoor::soap {
+namespace {
+
+using testing::soapEnvelope;
+
+Answer parse(const std::string& body, std::string_view charset = "") {
+  return Answer::parse(body, charset, "http://127.0.0.1:1/services/Telvane");
+}
+
+uint32_t failureCode(const std::string& body, std::string* description = nullptr) {
+  try {
+    parse(body);
+  } catch (const Failure& f) {
+    if (description) *description = f.what();
+    return f.code();
+  }
+  return 0;
+}
+
+TEST(Answer, ReadsScalarsAndRecordsThroughReferencesInEitherOrder) {
+  // The record's multiRef comes after its reference, an array item's before it.
+  auto answer = parse(soapEnvelope(
+      "<multiRef id=\"id1\" soapenc:root=\"0\"><accountID xsi:type=\"xsd:int\">7</accountID>"
+      "</multiRef>"
+      "<ns1:opResponse xmlns:ns1=\"urn:telvane-main\"><opReturn href=\"#id0\"/></ns1:opResponse>"
+      "<multiRef id=\"id0\" soapenc:root=\"0\"><name>Apollo</name>"
+      "<list soapenc:arrayType=\"ns2:X[2]\"><item href=\"#id1\"/><anything href=\"#id1\"/></list>"
+      "</multiRef>"));
+  ASSERT_EQ(answer.parameters().size(), 1u);
+  EXPECT_FALSE(answer.isFault());
+  const Node& ret = answer.returnNode();
+  EXPECT_EQ(ret.name, "opReturn");
+  EXPECT_EQ(ret.child("name")->text, "Apollo");
+  const Node* list = ret.child("list");
+  ASSERT_NE(list, nullptr);
+  ASSERT_EQ(list->children.size(), 2u);
+  EXPECT_EQ(list->children[1]->name, "anything");
+  EXPECT_EQ(list->children[1]->child("accountID")->text, "7");
+  // A multiRef referenced twice is shared, not copied.
+  EXPECT_EQ(list->children[0]->children, list->children[1]->children);
+  EXPECT_EQ(ret.textContent(), "Apollo77");
+}
+
+TEST(Answer, MarksNilWithTrueOrOne) {
+  auto answer = parse(soapEnvelope(
+      "<r><a xsi:nil=\"true\"/><b xsi:nil=\"1\"/><c xsi:nil=\"false\">x</c>"
+      "<d href=\"#n\"/></r><multiRef id=\"n\" soapenc:root=\"0\" xsi:nil=\"true\"/>"));
+  const Node& r = answer.firstParameter();
+  EXPECT_TRUE(r.child("a")->nil);
+  EXPECT_TRUE(r.child("b")->nil);
+  EXPECT_FALSE(r.child("c")->nil);
+  EXPECT_TRUE(r.child("d")->nil);
+}
+
+TEST(Answer, TurnsAServerFaultIntoAnError) {
+  std::string description;
+  EXPECT_EQ(failureCode(testing::serverFault("java.lang.Exception: The user id or password you "
+                                             "have entered is invalid."),
+                        &description),
+            kServerFault);
+  EXPECT_EQ(description,
+            "Server.userException : java.lang.Exception: The user id or password you have entered "
+            "is invalid.");
+  EXPECT_EQ(failureCode(testing::serverFault("boom", "x:Odd") , &description), kServerFault);
+  EXPECT_EQ(description, "{}Odd : boom");
+}
+
+TEST(Answer, KeepsAnApplicationFaultAsTheFirstParameter) {
+  auto answer = parse(testing::applicationFault("tv:DuplicateName", "taken", "1"));
+  ASSERT_TRUE(answer.isFault());
+  const Node& fault = answer.firstParameter();
+  EXPECT_EQ(fault.ns, "urn:telvane-main");
+  EXPECT_EQ(fault.children[0]->valueLocalName(), "DuplicateName");
+  EXPECT_EQ(fault.children[0]->valueNamespace, "urn:telvane-faults");
+  EXPECT_EQ(fault.child("detail")->textContent(), "1");
+}
+
+TEST(Answer, RefusesWhatIsNotASoapEnvelope) {
+  std::string description;
+  EXPECT_EQ(failureCode("", &description), kUnusableServer);
+  EXPECT_EQ(failureCode("<html><body>Service Unavailable</body></html>", &description),
+            kUnusableServer);
+  EXPECT_NE(description.find("<html>"), std::string::npos);
+  EXPECT_EQ(failureCode(soapEnvelope("<r>").substr(0, 200), &description), kUnusableServer);
+  EXPECT_NE(description.find("at byte"), std::string::npos);
+  EXPECT_EQ(failureCode("<e:Envelope xmlns:e=\"urn:other\"><e:Body/></e:Envelope>"),
+            kUnusableServer);
+}
+
+TEST(Answer, RefusesBrokenReferencesWithoutHanging) {
+  std::string description;
+  EXPECT_EQ(failureCode(soapEnvelope("<r><x href=\"#nowhere\"/></r>"), &description),
+            kUnusableServer);
+  EXPECT_NE(description.find("#nowhere"), std::string::npos);
+  EXPECT_EQ(failureCode(soapEnvelope("<r><x href=\"#a\"/></r>"
+                                     "<multiRef id=\"a\" soapenc:root=\"0\"><y href=\"#b\"/>"
+                                     "</multiRef><multiRef id=\"b\" soapenc:root=\"0\">"
+                                     "<z href=\"#a\"/></multiRef>"),
+                        &description),
+            kUnusableServer);
+  EXPECT_NE(description.find("cycle"), std::string::npos);
+  EXPECT_EQ(failureCode(soapEnvelope("<r><x href=\"#a\"/></r><multiRef id=\"a\" "
+                                     "soapenc:root=\"0\"><y href=\"#a\"/></multiRef>")),
+            kUnusableServer);
+
+  // Each level refers to the next twice: shared, this stays small instead of doubling 40 times.
+  std::string levels;
+  for (int i = 0; i < 40; ++i) {
+    levels += "<multiRef id=\"l" + std::to_string(i) + "\" soapenc:root=\"0\"><p href=\"#l" +
+              std::to_string(i + 1) + "\"/><q href=\"#l" + std::to_string(i + 1) +
+              "\"/></multiRef>";
+  }
+  levels += "<multiRef id=\"l40\" soapenc:root=\"0\">leaf</multiRef>";
+  auto answer = parse(soapEnvelope("<r><x href=\"#l0\"/></r>" + levels));
+  EXPECT_EQ(answer.parameters().size(), 1u);
+
+  std::string deep;
+  for (int i = 0; i < 5000; ++i) deep += "<d>";
+  EXPECT_EQ(failureCode(soapEnvelope(deep + std::string(5000 * 4, ' '))), kUnusableServer);
+  for (int i = 0; i < 5000; ++i) deep += "</d>";
+  EXPECT_EQ(failureCode(soapEnvelope(deep), &description), kUnusableServer);
+  EXPECT_NE(description.find("deeper"), std::string::npos);
+}
+
+TEST(Answer, DecodesTheDeclaredCharset) {
+  std::string latin = "<?xml version=\"1.0\"?>"
+                      "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+                      "<soapenv:Body><r>caf\xe9</r></soapenv:Body></soapenv:Envelope>";
+  EXPECT_EQ(parse(latin, "ISO-8859-1").firstParameter().text, "caf\xc3\xa9");
+  std::string declared = latin;
+  declared.replace(0, 21, "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>");
+  EXPECT_EQ(parse(declared).firstParameter().text, "caf\xc3\xa9");
+  EXPECT_THROW(parse(latin, "klingon-8"), Failure);
+}
+
+TEST(DateTime, ReadsZonesIntoUtcAndWritesUtc) {
+  EXPECT_EQ(parseDateTime("2024-03-01T10:00:00Z"), Date::fromParts(2024, 3, 1, 10));
+  EXPECT_EQ(parseDateTime("2024-03-01T10:00:00.250Z"), Date::fromParts(2024, 3, 1, 10, 0, 0, 250));
+  EXPECT_EQ(parseDateTime("2024-03-01T01:30:00+02:00"), Date::fromParts(2024, 2, 29, 23, 30));
+  EXPECT_EQ(parseDateTime("2023-12-31T22:00:00-05:30"), Date::fromParts(2024, 1, 1, 3, 30));
+  EXPECT_EQ(parseDateTime("2024-03-01T10:00:00"), Date::fromParts(2024, 3, 1, 10));
+  for (const char* bad : {"", "2024-03-01", "2024-03-01 10:00:00Z", "2024-02-30T00:00:00Z",
+                          "2024-03-01T10:00:00+2:00", "yesterday"}) {
+    EXPECT_THROW(parseDateTime(bad), Error) << bad;
+  }
+  EXPECT_EQ(formatDateTime(Date::fromParts(1999, 12, 31, 23, 59, 59, 999)),
+            "1999-12-31T23:59:59.999Z");
+}
+
+}  // namespace
+}  // namespace brenmoor::soap

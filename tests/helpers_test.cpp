@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "brenmoor/collection.h"
+#include "brenmoor/deployment.h"
+#include "service/endpoints.h"
+#include "util/convert.h"
+#include "util/text.h"
+#include "util/time_zone.h"
+#include "util/xml.h"
+
+namespace brenmoor {
+namespace {
+
+TEST(Text, EscapesAndCleans) {
+  EXPECT_EQ(util::escapeXml("a<b & 'c'"), "a&lt;b &amp; &apos;c&apos;");
+  EXPECT_EQ(util::escapeXml("&lt;\">"), "&amp;lt;&quot;&gt;");
+  EXPECT_EQ(util::cleanName("my file (B).mov", true), "my_file_Bmov");
+  EXPECT_EQ(util::cleanName("my file (B).mov", false), "my file Bmov");
+  EXPECT_EQ(util::cleanName("~`!@#$%^&*()+={}[]|\\:;\"'<>,?/.keep-_9", false), "keep-_9");
+  std::string text("a\r\nb\tc\fd\ve", 10);
+  text += '\0';
+  text += 'f';
+  EXPECT_EQ(util::stripControlChars(text), "ab\tcdef");
+}
+
+TEST(Xml, ReadsWithDefaults) {
+  EXPECT_EQ(util::selectText("<a><b x='1'>one<c>two</c></b></a>", "/a/b"), "onetwo");
+  EXPECT_EQ(util::selectText("<a><b x='1'/></a>", "/a/b/@x"), "1");
+  EXPECT_EQ(util::selectText("<a><b>", "/a/b"), "");
+  EXPECT_EQ(util::selectText("", "/a"), "");
+  EXPECT_EQ(util::selectText("<a/>", "/a/missing"), "");
+  EXPECT_THROW(util::selectText("<a/>", "/a/["), Error);
+
+  pugi::xml_document doc;
+  doc.load_string("<a x='v'/>");
+  EXPECT_EQ(util::attributeOrDefault(doc.child("a"), "x", "d"), "v");
+  EXPECT_EQ(util::attributeOrDefault(doc.child("a"), "y", "d"), "d");
+  EXPECT_EQ(util::attributeOrDefault(doc.child("none"), "x", "d"), "d");
+  EXPECT_EQ(util::nodeTextOrDefault(doc.child("none"), "d"), "d");
+}
+
+TEST(Convert, ParsesOrRefuses) {
+  EXPECT_TRUE(util::toBool(" true "));
+  EXPECT_FALSE(util::toBool("0"));
+  EXPECT_EQ(util::toInt32("+42"), 42);
+  EXPECT_EQ(util::toInt16("-32768"), -32768);
+  EXPECT_DOUBLE_EQ(util::toDouble("2.5e3"), 2500.0);
+  try {
+    util::toInt16("32768");
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), Error::Overflow);
+  }
+  for (const char* bad : {"", "abc", "4 2", "0x10", "1.5"}) {
+    try {
+      util::toInt32(bad);
+      FAIL() << bad;
+    } catch (const Error& e) {
+      EXPECT_EQ(e.number(), Error::TypeMismatch) << bad;
+    }
+  }
+  EXPECT_THROW(util::toBool("yes"), Error);
+}
+
+class TimeZone : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const char* tz = std::getenv("TZ");
+    saved_ = tz ? std::optional<std::string>(tz) : std::nullopt;
+  }
+  void TearDown() override {
+    if (saved_) {
+      setenv("TZ", saved_->c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+  }
+  std::optional<std::string> saved_;
+};
+
+TEST_F(TimeZone, AddsTheDaylightShiftOnlyWhileInEffect) {
+  // One hour east, with daylight time (one more hour) all year round.
+  setenv("TZ", "XST-1XDT,J1/0,J365/25", 1);
+  EXPECT_EQ(util::localOffsetSeconds(), 7200);
+  EXPECT_EQ(util::utcToLocal(Date::fromParts(2024, 1, 1, 12)), Date::fromParts(2024, 1, 1, 14));
+  EXPECT_EQ(util::localToUtc(Date::fromParts(2024, 1, 1, 0, 30)),
+            Date::fromParts(2023, 12, 31, 22, 30));
+  setenv("TZ", "UTC+5", 1);  // POSIX sign: five hours west
+  EXPECT_EQ(util::localOffsetSeconds(), -18000);
+  EXPECT_EQ(util::utcToLocal(Date::fromParts(2024, 3, 1, 2, 0, 0, 5)),
+            Date::fromParts(2024, 2, 29, 21, 0, 0, 5));
+}
+
+TEST(DateValue, CountsFromTheZeroDateAndRoundTripsText) {
+  EXPECT_EQ(Date().toString(), "1899-12-30 00:00:00");
+  EXPECT_EQ(Date::fromParts(1899, 12, 29, 23).toString(), "1899-12-29 23:00:00");
+  EXPECT_EQ(Date::fromParts(1900, 1, 1).millisecondsSinceZero(), 2 * 86400000LL);
+  EXPECT_EQ(Date::parse("2024-02-29 08:07:06.5")->toString(), "2024-02-29 08:07:06.500");
+  EXPECT_EQ(Date::parse("2024-02-29T08:07:06"), Date::fromParts(2024, 2, 29, 8, 7, 6));
+  EXPECT_EQ(Date::parse("2024-02-29"), Date::fromParts(2024, 2, 29));
+  EXPECT_FALSE(Date::parse("2023-02-29"));
+  EXPECT_FALSE(Date::parse("2024-02-29 24:00:00"));
+  EXPECT_FALSE(Date::parse("2024-2-29"));
+  EXPECT_THROW(Date::fromParts(2024, 13, 1), Error);
+  EXPECT_EQ(Date::fromParts(2024, 12, 31, 23, 59, 59, 250).addSeconds(1),
+            Date::fromParts(2025, 1, 1, 0, 0, 0, 250));
+}
+
+TEST(Records, FlaggedPropertiesRaiseTheirFlagOnEverySet) {
+  DeploymentInfo info;
+  EXPECT_FALSE(info.name.occurs());
+  info.name = "";
+  EXPECT_TRUE(info.name.occurs());
+  info.name.setOccurs(false);
+  EXPECT_FALSE(info.name.occurs());
+  EXPECT_EQ(info.name(), "");
+  info.height = 5;
+  EXPECT_EQ(info.height(), 5);
+
+  Collection<DeploymentInfo> list;
+  list.Add(std::make_shared<DeploymentInfo>(info));
+  EXPECT_EQ(list.Count(), 1);
+  EXPECT_EQ(list.Item(1)->height(), 5);
+  for (int32_t bad : {0, 2, -1}) {
+    try {
+      list.Item(bad);
+      FAIL() << bad;
+    } catch (const Error& e) {
+      EXPECT_EQ(e.number(), Error::SubscriptOutOfRange);
+    }
+  }
+}
+
+TEST(Endpoints, PicksAServiceByItsExactCode) {
+  EXPECT_EQ(service::serviceUrlForCode("http://h", "M"), "http://h/services/Telvane");
+  EXPECT_EQ(service::serviceUrlForCode("http://h", "A"), "http://h/services/Assets");
+  EXPECT_EQ(service::serviceUrlForCode("http://h", "C"), "http://h/services/Accounts");
+  EXPECT_EQ(service::serviceUrlForCode("http://h", "m"), "");
+  EXPECT_EQ(service::serviceUrlForCode("http://h", "L"), "");
+}
+
+}  // namespace
+}  // namespace brenmoor

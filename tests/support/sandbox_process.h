@@ -1,0 +1,35 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace brenmoor::testing {
+
+// Runs the Telvane sandbox on a free loopback port with a fresh data folder, for the life of
+// the object. Throws std::runtime_error when it does not come up within a few seconds.
+class SandboxProcess {
+ public:
+  explicit SandboxProcess(std::vector<std::string> extraArgs = {});
+  ~SandboxProcess();
+  SandboxProcess(const SandboxProcess&) = delete;
+  SandboxProcess& operator=(const SandboxProcess&) = delete;
+
+  const std::string& baseUrl() const { return baseUrl_; }
+
+ private:
+  pid_t pid_ = -1;
+  std::filesystem::path dataDir_;
+  std::string baseUrl_;
+};
+
+// Runs a program to completion and keeps its exit status and standard output.
+struct ProgramRun {
+  int status = -1;
+  std::string out;
+};
+ProgramRun runProgram(const std::vector<std::string>& argv);
+
+}  // namespace brenmoor::testing

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+#include "brenmoor/brenmoor.h"
+
+namespace brenmoor::cli {
+
+struct Context {
+  std::string url;
+  bool useProxy = false;
+  int status = 0;  // the exit status of the subcommand that ran
+};
+
+// Prints the service's error pair to stderr and returns the exit status for a failed call.
+int failed(const ZylService& service, const std::string& what);
+
+// A service with alerts off (the CLI reports failures itself) pointed at the context's URL.
+void prepare(ZylService& service, const Context& context);
+
+// One function per subcommand group.
+void addServerCommands(CLI::App& app, Context& context);
+
+}  // namespace brenmoor::cli

@@ -1,0 +1,24 @@
+// brenmoor: the Telvane services from the command line. Data goes to stdout, diagnostics to
+// stderr; a failed call exits non-zero with the library's error number and message.
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+#include "commands.h"
+
+int main(int argc, char** argv) {
+  CLI::App app{"brenmoor: work with the Telvane services from the command line"};
+  app.require_subcommand(1);
+  brenmoor::cli::Context context;
+  app.add_option("--url", context.url, "Base URL of the server, e.g. http://127.0.0.1:8080")
+      ->required();
+  app.add_flag("--proxy", context.useProxy, "Send requests through the proxy at localhost:8080");
+  brenmoor::cli::addServerCommands(app, context);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e);
+  }
+  return context.status;
+}
