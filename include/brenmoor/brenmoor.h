@@ -7,5 +7,6 @@
 #include "brenmoor/error.h"
 #include "brenmoor/host.h"
 #include "brenmoor/property.h"
+#include "brenmoor/user_account_info.h"
 #include "brenmoor/version.h"
 #include "brenmoor/zyl_service.h"

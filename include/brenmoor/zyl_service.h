@@ -23,6 +23,7 @@
 #include "brenmoor/collection.h"
 #include "brenmoor/deployment.h"
 #include "brenmoor/host.h"
+#include "brenmoor/user_account_info.h"
 
 namespace brenmoor {
 
@@ -71,6 +72,41 @@ class ZylService {
   std::string getGuid();
   // The server's fixed URL.
   std::string getFixedUrl();
+
+  // --- Signing in and accounts -----------------------------------------------------------
+  // A new request key, "token:n:digest"; each read spends one value n of the key counter.
+  // Throws Error::Overflow once the counter has reached 32767 (sign in again to reset it).
+  std::string key();
+  // The number of keys handed out in this session; signing in sets it to 1.
+  int16_t keyCounter() const;
+  // The session token of the last sign-in, empty before one.
+  const std::string& sessionToken() const;
+
+  // Signs in by challenge and response; `Password` is the MD5 digest of the password, never
+  // the password. Returns the session token (empty after a failure; after a fault answered by
+  // the service, the previous token). Then learns the server's version.
+  std::string login(const std::string& UserName, const std::string& Password);
+  // The same with the clear password, which is digested here and never sent.
+  std::string loginUnencryptedPassword(const std::string& UserName, const std::string& Password);
+  // Ends the session on the server; the local session values stay until the next sign-in.
+  bool logout();
+
+  // The accounts of the signed-in user; null after a failure, empty when there are none.
+  std::shared_ptr<Collection<UserAccountInfo>> getAccounts();
+  // Binds the session to an account. `accountID` must be a whole number: other text is
+  // reported as a failure and nothing is sent.
+  bool selectAccount(const std::string& accountID);
+  bool selectAccountByGuid(const std::string& accountGuid);
+
+  // --- Version checks ---------------------------------------------------------------------
+  // Whether version `v` ("a.b.c.d") is not newer than serverVersion(). Always true against a
+  // 3.2.1.0 server; false when either version is not four whole numbers.
+  bool validVersion(const std::string& v) const;
+  // Asks the server whether it accepts this library's version. A refusal (or a fault) leaves
+  // lastErrID() 5; a failure to ask leaves the reporter's number.
+  bool isCompatible();
+  // Sends diagnostics text to servers from 3.2.4.59 on; does nothing with older ones.
+  void sendDebugInfo(const std::string& debugInfo);
 
   // --- Deployments ------------------------------------------------------------------------
   // The deployment of a template. After a fault, an empty record; after a failure, null.

@@ -24,9 +24,10 @@ std::string genericFaultAlert(const soap::Node& fault) {
 Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& elements,
             const std::function<void(const soap::Answer&)>& read, const FaultAlert& alert) {
   try {
-    Elements request;
-    if (op.key == Key::Sent) request.push_back({"key", nextKey(state)});
-    for (auto& e : elements()) request.push_back(std::move(e));
+    // The operation's own values are made first: one that cannot be converted stops the call
+    // before a key is spent.
+    Elements request = elements();
+    if (op.key == Key::Sent) request.insert(request.begin(), {"key", nextKey(state)});
     const auto service = soap::serviceInfo(op.service);
     const std::string text =
         soap::writeEnvelope(service.namespaceUri, op.name, request, state.envelopeOption);
