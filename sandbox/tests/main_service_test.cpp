@@ -1,0 +1,82 @@
+#include <regex>
+
+#include "sandbox_fixture.h"
+#include "store/database.h"
+
+namespace sandbox::testing {
+namespace {
+
+using MainServiceTest = SandboxTest;
+
+TEST_F(MainServiceTest, AnswersVersionGuidAndOwnUrlWithoutAKey) {
+  const Answer version = call("Telvane", kMainNs, "getVersion");
+  EXPECT_EQ(version.status, 200);
+  EXPECT_EQ(version.value(), "9.8.7.6");
+  EXPECT_STREQ(version.return_element().name(), "getVersionReturn");
+  EXPECT_STREQ(version.return_element().attribute("xsi:type").value(), "xsd:string");
+  const pugi::xml_node wrapper = version.return_element().parent();
+  EXPECT_STREQ(wrapper.name(), "ns1:getVersionResponse");
+  EXPECT_STREQ(wrapper.attribute("xmlns:ns1").value(), "urn:telvane-main");
+
+  const std::regex guid_form("[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}");
+  const std::string guid = call("Telvane", kMainNs, "getGuid").value();
+  EXPECT_TRUE(std::regex_match(guid, guid_form)) << guid;
+  EXPECT_NE(call("Telvane", kMainNs, "getGuid").value(), guid);
+
+  EXPECT_EQ(call("Telvane", kMainNs, "getFixedUrl").value(), server_->base_url());
+}
+
+TEST_F(MainServiceTest, StoresDebugInfoOnlyWithAValidKey) {
+  const Answer refused =
+      call("Telvane", kMainNs, "sendClientDebugInfo", arg("debugInfo", "string", "x"));
+  EXPECT_EQ(refused.status, 500);
+
+  login();
+  const Answer sent = call("Telvane", kMainNs, "sendClientDebugInfo",
+                           key() + arg("debugInfo", "string", "trace &amp; more"));
+  EXPECT_EQ(sent.status, 200) << sent.body;
+
+  Database db(data_dir_ / "sandbox.sqlite3");
+  auto stored = db.prepare("SELECT text FROM client_debug_reports");
+  ASSERT_TRUE(stored.step());
+  EXPECT_EQ(stored.text(0), "trace & more");
+}
+
+TEST_F(MainServiceTest, DescribesDeploymentsOfTemplates) {
+  login();
+  const Answer never =
+      call("Telvane", kMainNs, "getDeploymentInfo", key() + arg("templateGuid", "string", "T9"));
+  ASSERT_EQ(never.status, 200) << never.body;
+  const pugi::xml_node empty = never.referenced(never.return_element());
+  EXPECT_STREQ(empty.attribute("xsi:type").value(), "ns2:DeploymentInfo");
+  EXPECT_STREQ(empty.child("deployed").text().get(), "false");
+  EXPECT_STREQ(empty.child("deploymentDate").attribute("xsi:nil").value(), "true");
+
+  {
+    Database db(data_dir_ / "sandbox.sqlite3");
+    db.execute(
+        "INSERT INTO deployments (template_guid, deployed_at, height, width, live_enabled, name, "
+        "link, duration, size) VALUES ('T1', 1700000000123, 480, 640, 1, 'Launch <1>', "
+        "'http://127.0.0.1/x?a=1&b=2', 90, 1234)");
+  }
+  const Answer deployed =
+      call("Telvane", kMainNs, "getDeploymentInfo", key() + arg("templateGuid", "string", "T1"));
+  const pugi::xml_node info = deployed.referenced(deployed.return_element());
+  std::vector<std::string> names;
+  for (pugi::xml_node field : info.children()) names.emplace_back(field.name());
+  EXPECT_EQ(names,
+            (std::vector<std::string>{"deployed", "deploymentDate", "height", "width",
+                                      "liveEnabled", "loginFlag", "loginUrl", "name", "versionGuid",
+                                      "deploymentGuid", "link", "duration", "size"}));
+  EXPECT_STREQ(info.child("deployed").text().get(), "true");
+  EXPECT_STREQ(info.child("deploymentDate").text().get(), "2023-11-14T22:13:20.123Z");
+  EXPECT_STREQ(info.child("deploymentDate").attribute("xsi:type").value(), "xsd:dateTime");
+  EXPECT_STREQ(info.child("width").text().get(), "640");
+  EXPECT_STREQ(info.child("liveEnabled").text().get(), "true");
+  EXPECT_STREQ(info.child("name").text().get(), "Launch <1>");
+  EXPECT_STREQ(info.child("link").text().get(), "http://127.0.0.1/x?a=1&b=2");
+  EXPECT_STREQ(info.child("duration").text().get(), "90");
+}
+
+}  // namespace
+}  // namespace sandbox::testing

@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include <pugixml.hpp>
+
+#include "crypto/digest.h"
+#include "soap/arguments.h"
+#include "soap/faults.h"
+#include "soap/reply.h"
+#include "soap/timestamp.h"
+
+namespace sandbox {
+namespace {
+
+// The arguments of the operation element in `body`, which declares the usual prefixes.
+class ParsedArguments {
+ public:
+  explicit ParsedArguments(const std::string& arguments) {
+    const std::string xml =
+        "<a:op xmlns:a=\"urn:x\" xmlns:XS=\"http://www.w3.org/2001/XMLSchema\" "
+        "xmlns:XI=\"http://www.w3.org/2001/XMLSchema-instance\" "
+        "xmlns:Enc=\"http://schemas.xmlsoap.org/soap/encoding/\">" +
+        arguments + "</a:op>";
+    EXPECT_TRUE(document_.load_string(xml.c_str()));
+  }
+  Arguments args() const { return Arguments(document_.document_element(), "op"); }
+
+ private:
+  pugi::xml_document document_;
+};
+
+std::string failure_of(const auto& read) {
+  try {
+    read();
+  } catch (const ServerException& error) {
+    return error.what();
+  }
+  return "no failure";
+}
+
+TEST(WireFormat, ReadsTypedArgumentsAndRefusesBadOnes) {
+  const ParsedArguments parsed(
+      "<s XI:type=\"XS:short\">-32768</s><big XI:type=\"XS:short\">32768</big>"
+      "<b XI:type=\"XS:boolean\">1</b><d XI:type=\"XS:double\">-2.5E3</d>"
+      "<t XI:type=\"XS:dateTime\">2024-02-29T23:59:58.5Z</t><bad XI:type=\"XS:dateTime\">"
+      "2023-02-29T00:00:00Z</bad><nested><x/></nested><nil XI:nil=\"true\"/>");
+  const Arguments args = parsed.args();
+  EXPECT_EQ(args.int16("s"), -32768);
+  EXPECT_NE(failure_of([&] { args.int16("big"); }).find("out of range for xsd:short"),
+            std::string::npos);
+  EXPECT_EQ(args.int32("big"), 32768);
+  EXPECT_TRUE(args.boolean("b"));
+  EXPECT_DOUBLE_EQ(args.real("d"), -2500.0);
+  EXPECT_EQ(format_date_time(args.date_time("t")), "2024-02-29T23:59:58.500Z");
+  EXPECT_NE(failure_of([&] { args.date_time("bad"); }).find("not a valid xsd:dateTime"),
+            std::string::npos);
+  EXPECT_NE(failure_of([&] { args.string("nested"); }).find("must be a simple value"),
+            std::string::npos);
+  EXPECT_EQ(args.string("nil"), "");
+  EXPECT_EQ(failure_of([&] { args.boolean("absent"); }),
+            "Missing argument 'absent' of operation 'op'");
+}
+
+TEST(WireFormat, ReadsStringArraysAndChecksTheirDeclaredSize) {
+  const ParsedArguments parsed(
+      "<list XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[3]\"><i XI:type=\"XS:string\">a</i>"
+      "<i XI:type=\"XS:string\">&lt;b&gt;</i><i XI:nil=\"true\"/></list>"
+      "<short XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[5]\"><i>a</i></short>"
+      "<ints XI:type=\"Enc:Array\" Enc:arrayType=\"XS:int[1]\"><i>1</i></ints>"
+      "<empty XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[0]\"/>");
+  const Arguments args = parsed.args();
+  EXPECT_EQ(args.strings("list"), (std::vector<std::string>{"a", "<b>", ""}));
+  EXPECT_EQ(failure_of([&] { args.strings("short"); }),
+            "Argument 'short' of operation 'op' declares 5 items but holds 1");
+  EXPECT_NE(failure_of([&] { args.strings("ints"); }).find("expected xsd:string[N]"),
+            std::string::npos);
+  EXPECT_TRUE(args.strings("empty").empty());
+}
+
+TEST(WireFormat, WritesScalarsArraysAndFaults) {
+  Reply strings;
+  strings.strings({"a&b", "\"q\""});
+  const std::string list = strings.render("getNames", "urn:x");
+  EXPECT_NE(list.find("<getNamesReturn soapenc:arrayType=\"xsd:string[2]\" "
+                      "xsi:type=\"soapenc:Array\" "
+                      "xmlns:soapenc=\"http://schemas.xmlsoap.org/soap/encoding/\">"
+                      "<item xsi:type=\"xsd:string\">a&amp;b</item>"
+                      "<item xsi:type=\"xsd:string\">&quot;q&quot;</item></getNamesReturn>"),
+            std::string::npos)
+      << list;
+
+  Reply nil;
+  nil.scalar(Nil{});
+  EXPECT_NE(nil.render("op", "urn:x").find("<opReturn xsi:nil=\"true\"/>"), std::string::npos);
+  Reply number;
+  number.scalar(std::int16_t{-7});
+  EXPECT_NE(number.render("op", "urn:x").find("<opReturn xsi:type=\"xsd:short\">-7</opReturn>"),
+            std::string::npos);
+
+  const std::string fault = application_fault_envelope(
+      ApplicationFault("DuplicateName", "Name <taken>", 1), "urn:telvane-main");
+  EXPECT_NE(fault.find("<soapenv:Body><ns1:Fault xmlns:ns1=\"urn:telvane-main\">"
+                       "<faultcode xmlns:tv=\"urn:telvane-faults\">tv:DuplicateName</faultcode>"
+                       "<faultstring>Name &lt;taken&gt;</faultstring>"
+                       "<detail><id>1</id></detail></ns1:Fault></soapenv:Body>"),
+            std::string::npos)
+      << fault;
+}
+
+TEST(WireFormat, DatesAndDigests) {
+  EXPECT_EQ(md5_hex(""), "d41d8cd98f00b204e9800998ecf8427e");
+  EXPECT_EQ(md5_hex("demo"), "fe01ce2a7fbac8fafaed7c982a04e229");
+
+  const auto time = parse_date_time("1999-12-31T23:59:59Z");
+  ASSERT_TRUE(time);
+  EXPECT_EQ(format_date_time(*time), "1999-12-31T23:59:59.000Z");
+  EXPECT_EQ(format_date_time(*parse_date_time("2001-01-01T00:00:00.1234")),
+            "2001-01-01T00:00:00.123Z");
+  for (const char* bad : {"", "2001-01-01", "2001-13-01T00:00:00Z", "2001-01-01T24:00:00Z",
+                          "2001-01-01T00:00:00.Z", "2001-01-01T00:00:00Zjunk"}) {
+    EXPECT_FALSE(parse_date_time(bad)) << bad;
+  }
+}
+
+}  // namespace
+}  // namespace sandbox
