@@ -62,18 +62,6 @@ void Statement::bind_value(int index, std::string_view value) {
   }
 }
 
-void Statement::bind_value(int index, std::nullopt_t) {
-  if (sqlite3_bind_null(statement_, index) != SQLITE_OK) fail(db_, "bind");
-}
-
-void Statement::bind_value(int index, const std::optional<std::int64_t>& value) {
-  if (value) {
-    bind_value(index, *value);
-  } else {
-    bind_value(index, std::nullopt);
-  }
-}
-
 Database::Database(const std::filesystem::path& file) {
   if (sqlite3_open_v2(file.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
       SQLITE_OK) {
@@ -97,14 +85,6 @@ void Database::execute(std::string_view sql) {
     sqlite3_free(error);
     throw std::runtime_error("SQLite execute: " + message);
   }
-}
-
-std::int64_t Database::last_insert_id() const {
-  return sqlite3_last_insert_rowid(db_);
-}
-
-int Database::changes() const {
-  return sqlite3_changes(db_);
 }
 
 }  // namespace sandbox

@@ -39,8 +39,6 @@ class Statement {
  private:
   void bind_value(int index, std::int64_t value);
   void bind_value(int index, std::string_view value);
-  void bind_value(int index, std::nullopt_t);
-  void bind_value(int index, const std::optional<std::int64_t>& value);
 
   sqlite3* db_;
   sqlite3_stmt* statement_ = nullptr;
@@ -57,9 +55,6 @@ class Database {
   // Runs one or more statements that take no parameters.
   void execute(std::string_view sql);
   Statement prepare(std::string_view sql) { return Statement(db_, sql); }
-  std::int64_t last_insert_id() const;
-  // Rows changed by the last INSERT, UPDATE or DELETE.
-  int changes() const;
 
  private:
   sqlite3* db_ = nullptr;
