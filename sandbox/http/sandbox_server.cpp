@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <httplib.h>
+#include <strings.h>
 
 #include <chrono>
 #include <stdexcept>
@@ -30,6 +31,12 @@ ServerOptions with_numeric_host(ServerOptions options) {
     throw std::invalid_argument("--host must be a numeric IP address, not '" + options.host + "'");
   }
   return options;
+}
+
+// Without a length or chunking the body is empty; reading would wait for the peer to close.
+bool announces_body(const httplib::Request& request) {
+  return request.has_header("Content-Length") ||
+         strcasecmp(request.get_header_value("Transfer-Encoding").c_str(), "chunked") == 0;
 }
 
 std::string url_host(const std::string& host) {
@@ -76,10 +83,11 @@ void SandboxServer::install_routes(bool log) {
                                 const httplib::ContentReader& read_content) {
     const Service* service = dispatcher_.find_service(request.path);
     std::string body;
-    const bool complete = read_content([&body](const char* data, std::size_t length) {
-      body.append(data, length);
-      return true;
-    });
+    const bool complete =
+        !announces_body(request) || read_content([&body](const char* data, std::size_t length) {
+          body.append(data, length);
+          return true;
+        });
     if (!complete) {
       // The reader has set 413 for an oversized body; anything else is a broken upload.
       if (response.status != 413) response.status = 400;
