@@ -11,7 +11,10 @@ namespace brenmoor::cli {
 struct Context {
   std::string url;
   bool useProxy = false;
-  int status = 0;  // the exit status of the subcommand that ran
+  std::string user;
+  std::string password;
+  std::string account;  // an account id to select after signing in, if any
+  int status = 0;       // the exit status of the subcommand that ran
 };
 
 // Prints the service's error pair to stderr and returns the exit status for a failed call.
@@ -20,7 +23,12 @@ int failed(const ZylService& service, const std::string& what);
 // A service with alerts off (the CLI reports failures itself) pointed at the context's URL.
 void prepare(ZylService& service, const Context& context);
 
+// Signs in with the context's user and password, then selects its account if it names one.
+// Returns false (with the status set) when that fails.
+bool signIn(ZylService& service, Context& context);
+
 // One function per subcommand group.
 void addServerCommands(CLI::App& app, Context& context);
+void addAccountCommands(CLI::App& app, Context& context);
 
 }  // namespace brenmoor::cli

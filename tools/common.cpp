@@ -15,4 +15,22 @@ void prepare(ZylService& service, const Context& context) {
   service.SetServiceBaseUrl(context.url);
 }
 
+bool signIn(ZylService& service, Context& context) {
+  prepare(service, context);
+  if (context.user.empty()) {
+    std::cerr << "brenmoor: this command needs --user and --password\n";
+    context.status = 2;
+    return false;
+  }
+  if (service.loginUnencryptedPassword(context.user, context.password).empty()) {
+    context.status = failed(service, "sign-in");
+    return false;
+  }
+  if (!context.account.empty() && !service.selectAccount(context.account)) {
+    context.status = failed(service, "selecting account " + context.account);
+    return false;
+  }
+  return true;
+}
+
 }  // namespace brenmoor::cli

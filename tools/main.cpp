@@ -14,7 +14,12 @@ int main(int argc, char** argv) {
   app.add_option("--url", context.url, "Base URL of the server, e.g. http://127.0.0.1:8080")
       ->required();
   app.add_flag("--proxy", context.useProxy, "Send requests through the proxy at localhost:8080");
+  app.add_option("--user", context.user, "User name for commands that sign in");
+  app.add_option("--password", context.password, "Password (sent only as a digest)")
+      ->envname("BRENMOOR_PASSWORD");
+  app.add_option("--account", context.account, "Account id to select after signing in");
   brenmoor::cli::addServerCommands(app, context);
+  brenmoor::cli::addAccountCommands(app, context);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
