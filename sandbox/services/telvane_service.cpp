@@ -41,21 +41,19 @@ void get_deployment_info(Call& call) {
   if (const auto ms = deployed ? row.optional_integer(0) : std::nullopt) {
     deployed_at = Timestamp(std::chrono::milliseconds(*ms));
   }
-  call.reply.record("DeploymentInfo", {
-                                          {"deployed", deployed},
-                                          {"deploymentDate", date_or_nil(deployed_at)},
-                                          {"height", int32_at(1)},
-                                          {"width", int32_at(2)},
-                                          {"liveEnabled", deployed && row.integer(3) != 0},
-                                          {"loginFlag", text_at(4)},
-                                          {"loginUrl", text_at(5)},
-                                          {"name", text_at(6)},
-                                          {"versionGuid", text_at(7)},
-                                          {"deploymentGuid", text_at(8)},
-                                          {"link", text_at(9)},
-                                          {"duration", int32_at(10)},
-                                          {"size", int32_at(11)},
-                                      });
+  call.reply.record("DeploymentInfo", {{"deployed", deployed},
+                                       {"deploymentDate", date_or_nil(deployed_at)},
+                                       {"height", int32_at(1)},
+                                       {"width", int32_at(2)},
+                                       {"liveEnabled", deployed && row.integer(3) != 0},
+                                       {"loginFlag", text_at(4)},
+                                       {"loginUrl", text_at(5)},
+                                       {"name", text_at(6)},
+                                       {"versionGuid", text_at(7)},
+                                       {"deploymentGuid", text_at(8)},
+                                       {"link", text_at(9)},
+                                       {"duration", int32_at(10)},
+                                       {"size", int32_at(11)}});
 }
 
 constexpr Operation kOperations[] = {
