@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# The main job: builds Brenmoor, starts the Telvane sandbox on a free loopback port with a
+# temporary data folder, tours the command-line tool against it, and stops the sandbox.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh
+cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build build -j "$(nproc)" --target telvane-sandbox brenmoor-cli
+
+data=$(mktemp -d)
+log="$data/sandbox.out"
+./build/sandbox/telvane-sandbox --port 0 --data "$data/db" --log >"$log" 2>"$data/sandbox.log" &
+sandbox=$!
+trap 'kill $sandbox 2>/dev/null || true; wait $sandbox 2>/dev/null || true; rm -rf "$data"' EXIT
+
+url=""
+for _ in $(seq 100); do
+  url=$(sed -n 's/^listening on //p' "$log")
+  [[ -n "$url" ]] && break
+  sleep 0.1
+done
+[[ -n "$url" ]] || { echo "the sandbox did not start" >&2; cat "$data/sandbox.log" >&2; exit 1; }
+
+cli() {
+  echo "\$ brenmoor $*"
+  ./build/tools/brenmoor --url "$url" "$@"
+  echo
+}
+
+echo "Telvane sandbox at $url"
+echo
+cli ping
+cli guid
+cli compatible
+cli --user demo@example.com --password demo accounts
+cli --user demo@example.com --password demo --account 1001 login
+echo "\$ brenmoor --user demo@example.com --password wrong accounts   (fails on purpose)"
+./build/tools/brenmoor --url "$url" --user demo@example.com --password wrong accounts || echo "exit status $?"
+echo
+echo "Sandbox requests:"
+cat "$data/sandbox.log"
