@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "brenmoor/error.h"
 #include "soap/answer.h"
 #include "soap/datetime.h"
 #include "soap/failure.h"

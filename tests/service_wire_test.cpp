@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <system_error>
 
 #include "brenmoor/brenmoor.h"
 #include "recording_host.h"
@@ -94,7 +95,9 @@ TEST_F(ServiceWire, ReportsEachTransportFailureByItsRow) {
     host->boxes.clear();
     EXPECT_EQ(service.getGuid(), "") << row.what;
     EXPECT_EQ(service.lastErrID(), row.id) << row.what;
-    if (!row.message.empty()) EXPECT_EQ(service.lastErrMsg(), row.message) << row.what;
+    if (!row.message.empty()) {
+      EXPECT_EQ(service.lastErrMsg(), row.message) << row.what;
+    }
     ASSERT_EQ(host->boxes.size(), 1u) << row.what;
     EXPECT_EQ(host->boxes[0].title, "Telvane");
     EXPECT_EQ(host->boxes[0].text, service.lastErrMsg());
@@ -159,7 +162,8 @@ TEST_F(ServiceWire, PingLearnsTheVersionAndReportsSilently) {
   EXPECT_FALSE(service.useProxy());
 
   service.ShowAlerts(false);
-  server.enqueue(Reply::drop());
+  // A dropped kept-alive connection is retried once on a new one: drop that too.
+  server.setDefault(Reply::drop());
   EXPECT_FALSE(service.Ping(server.baseUrl()));
   EXPECT_EQ(service.lastErrID(), 3);
   EXPECT_TRUE(host->boxes.empty());
@@ -174,13 +178,28 @@ TEST_F(ServiceWire, PingGivesUpOnASilentServerAfterItsShortTimeout) {
   EXPECT_EQ(service.lastErrMsg(), kContact);
 }
 
-TEST_F(ServiceWire, GoesThroughTheLocalProxyOnlyWhenAsked) {
-  // The scripted server stands in for the proxy at localhost:8080 only if it got that port, so
-  // check the other half: without the switch, proxy variables of the environment are ignored.
+TEST_F(ServiceWire, IgnoresProxyVariablesOfTheEnvironment) {
   setenv("http_proxy", "http://127.0.0.1:9", 1);
   server.enqueue(Reply::xml(testing::scalarAnswer("getVersion", "1.0.0.0")));
   EXPECT_TRUE(service.Ping(server.baseUrl(), false));
   unsetenv("http_proxy");
+}
+
+TEST(ServiceProxy, SendsThroughTheProxyAtLocalhost8080WhenAsked) {
+  std::unique_ptr<testing::ScriptedServer> proxy;
+  try {
+    proxy = std::make_unique<testing::ScriptedServer>(8080);
+  } catch (const std::system_error&) {
+    GTEST_SKIP() << "port 8080 is taken on this machine";
+  }
+  proxy->enqueue(Reply::xml(testing::scalarAnswer("getVersion", "1.2.3.4")));
+  ZylService service;
+  service.ShowAlerts(false);
+  // Nothing listens on port 9: only the proxy can answer.
+  EXPECT_TRUE(service.Ping("http://127.0.0.1:9", true)) << service.lastErrMsg();
+  EXPECT_TRUE(service.useProxy());
+  EXPECT_EQ(service.serverVersion(), "1.2.3.4");
+  EXPECT_EQ(proxy->lastRequest().target, "http://127.0.0.1:9/services/Telvane");
 }
 
 }  // namespace

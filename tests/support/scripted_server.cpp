@@ -12,8 +12,8 @@
 
 namespace brenmoor::testing {
 
-ScriptedServer::ScriptedServer()
-    : listener_(bindLoopback()),
+ScriptedServer::ScriptedServer(uint16_t port)
+    : listener_(bindLoopback(port)),
       port_(localPort(listener_.get())),
       default_(Reply::text(500, "no scripted reply")) {
   if (::listen(listener_.get(), SOMAXCONN) != 0) {

@@ -20,7 +20,8 @@ namespace brenmoor::testing {
 // scripted Reply, misbehaviour included. Serves each connection on its own thread.
 class ScriptedServer {
  public:
-  ScriptedServer();   // listens on a port the OS picks; throws std::system_error
+  // Listens on `port`, or on one the OS picks; throws std::system_error.
+  explicit ScriptedServer(uint16_t port = 0);
   ~ScriptedServer();  // cuts every connection and delay short, then joins all threads
   ScriptedServer(const ScriptedServer&) = delete;
   ScriptedServer& operator=(const ScriptedServer&) = delete;

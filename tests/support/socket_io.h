@@ -24,7 +24,7 @@ class UniqueFd {
 };
 
 // A TCP socket bound to 127.0.0.1 on a port the OS picks; throws std::system_error.
-UniqueFd bindLoopback();
+UniqueFd bindLoopback(uint16_t port = 0);
 uint16_t localPort(int fd);
 
 // Sends everything, never raising SIGPIPE. False when the peer is gone.
