@@ -50,9 +50,9 @@ TEST(Answer, ReadsScalarsAndRecordsThroughReferencesInEitherOrder) {
 }
 
 TEST(Answer, MarksNilWithTrueOrOne) {
-  auto answer = parse(soapEnvelope(
-      "<r><a xsi:nil=\"true\"/><b xsi:nil=\"1\"/><c xsi:nil=\"false\">x</c>"
-      "<d href=\"#n\"/></r><multiRef id=\"n\" soapenc:root=\"0\" xsi:nil=\"true\"/>"));
+  auto answer = parse(
+      soapEnvelope("<r><a xsi:nil=\"true\"/><b xsi:nil=\"1\"/><c xsi:nil=\"false\">x</c>"
+                   "<d href=\"#n\"/></r><multiRef id=\"n\" soapenc:root=\"0\" xsi:nil=\"true\"/>"));
   const Node& r = answer.firstParameter();
   EXPECT_TRUE(r.child("a")->nil);
   EXPECT_TRUE(r.child("b")->nil);
@@ -69,7 +69,7 @@ TEST(Answer, TurnsAServerFaultIntoAnError) {
   EXPECT_EQ(description,
             "Server.userException : java.lang.Exception: The user id or password you have entered "
             "is invalid.");
-  EXPECT_EQ(failureCode(testing::serverFault("boom", "x:Odd") , &description), kServerFault);
+  EXPECT_EQ(failureCode(testing::serverFault("boom", "x:Odd"), &description), kServerFault);
   EXPECT_EQ(description, "{}Odd : boom");
 }
 
@@ -131,9 +131,10 @@ TEST(Answer, RefusesBrokenReferencesWithoutHanging) {
 }
 
 TEST(Answer, DecodesTheDeclaredCharset) {
-  std::string latin = "<?xml version=\"1.0\"?>"
-                      "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\">"
-                      "<soapenv:Body><r>caf\xe9</r></soapenv:Body></soapenv:Envelope>";
+  std::string latin =
+      "<?xml version=\"1.0\"?>"
+      "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+      "<soapenv:Body><r>caf\xe9</r></soapenv:Body></soapenv:Envelope>";
   EXPECT_EQ(parse(latin, "ISO-8859-1").firstParameter().text, "caf\xc3\xa9");
   std::string declared = latin;
   declared.replace(0, 21, "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>");

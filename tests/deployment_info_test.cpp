@@ -74,8 +74,7 @@ TEST_F(DeploymentInfoTest, MapsEveryFieldAndSendsTheTemplateAfterTheKey) {
 }
 
 TEST_F(DeploymentInfoTest, ReadsNothingMoreWhenNotDeployedAndSkipsANilDate) {
-  server.enqueue(
-      Reply::xml(deploymentAnswer("<deployed>false</deployed>" + kAllButDeployed)));
+  server.enqueue(Reply::xml(deploymentAnswer("<deployed>false</deployed>" + kAllButDeployed)));
   auto info = service.getDeploymentInfo("T1");
   ASSERT_TRUE(info);
   EXPECT_FALSE(info->deployed());
@@ -93,18 +92,21 @@ TEST_F(DeploymentInfoTest, ReadsNothingMoreWhenNotDeployedAndSkipsANilDate) {
 TEST_F(DeploymentInfoTest, FailsOnAMissingOrUnreadableChild) {
   std::string withoutHeight = kAllButDeployed;
   withoutHeight.erase(0, withoutHeight.find("<width"));
-  server.enqueue(Reply::xml(deploymentAnswer("<deployed>true</deployed>"
-                                             "<deploymentDate xsi:nil=\"1\"/>" +
-                                             withoutHeight)));
+  server.enqueue(
+      Reply::xml(deploymentAnswer("<deployed>true</deployed>"
+                                  "<deploymentDate xsi:nil=\"1\"/>" +
+                                  withoutHeight)));
   EXPECT_EQ(service.getDeploymentInfo("T1"), nullptr);
   EXPECT_EQ(service.lastErrID(), -1);
   EXPECT_NE(service.lastErrMsg().find("<height>"), std::string::npos);
 
   std::string badSize = kAllButDeployed;
   badSize.replace(badSize.find(">1024<"), 6, ">big<");
-  server.enqueue(Reply::xml(deploymentAnswer("<deployed>true</deployed>"
-                                             "<deploymentDate>2024-05-06T07:08:09Z"
-                                             "</deploymentDate>" + badSize)));
+  server.enqueue(
+      Reply::xml(deploymentAnswer("<deployed>true</deployed>"
+                                  "<deploymentDate>2024-05-06T07:08:09Z"
+                                  "</deploymentDate>" +
+                                  badSize)));
   EXPECT_EQ(service.getDeploymentInfo("T1"), nullptr);
   EXPECT_NE(service.lastErrMsg().find("Type mismatch"), std::string::npos);
 }

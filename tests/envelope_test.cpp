@@ -17,15 +17,15 @@ TEST(Envelope, WritesTheProjectRequestByteForByte) {
                             {{"key", std::string("tok:1:0cc175b9c0f1b6a831c399e269772661")},
                              {"name", std::string("Apollo")},
                              {"description", std::string("R&D <beta> \"x\" 'y'")}});
-  EXPECT_EQ(text, withBreaks(
-                      "<S:Envelope|xmlns:S=\"http://schemas.xmlsoap.org/soap/envelope/\""
-                      "|xmlns:XS=\"http://www.w3.org/2001/XMLSchema\""
-                      "|xmlns:XI=\"http://www.w3.org/2001/XMLSchema-instance\""
-                      "|xmlns:a=\"urn:telvane-main\"><S:Body><a:createProject>"
-                      "<key XI:type=\"XS:string\">tok:1:0cc175b9c0f1b6a831c399e269772661</key>"
-                      "<name XI:type=\"XS:string\">Apollo</name>"
-                      "<description XI:type=\"XS:string\">R&amp;D &lt;beta&gt; &quot;x&quot; "
-                      "'y'</description></a:createProject></S:Body></S:Envelope>"));
+  EXPECT_EQ(text,
+            withBreaks("<S:Envelope|xmlns:S=\"http://schemas.xmlsoap.org/soap/envelope/\""
+                       "|xmlns:XS=\"http://www.w3.org/2001/XMLSchema\""
+                       "|xmlns:XI=\"http://www.w3.org/2001/XMLSchema-instance\""
+                       "|xmlns:a=\"urn:telvane-main\"><S:Body><a:createProject>"
+                       "<key XI:type=\"XS:string\">tok:1:0cc175b9c0f1b6a831c399e269772661</key>"
+                       "<name XI:type=\"XS:string\">Apollo</name>"
+                       "<description XI:type=\"XS:string\">R&amp;D &lt;beta&gt; &quot;x&quot; "
+                       "'y'</description></a:createProject></S:Body></S:Envelope>"));
 }
 
 TEST(Envelope, DeclaresOnlyTheNamespacesItUses) {
@@ -36,16 +36,16 @@ TEST(Envelope, DeclaresOnlyTheNamespacesItUses) {
   // An array brings the encoding namespace, which sorts first.
   auto text = writeEnvelope("urn:telvane-main", "getDeploymentStatusList_Array",
                             {{"deploymentGuidList", StringArray{"g1", "a<b"}}});
-  EXPECT_EQ(text, withBreaks(
-                      "<S:Envelope|xmlns:Enc=\"http://schemas.xmlsoap.org/soap/encoding/\""
-                      "|xmlns:S=\"http://schemas.xmlsoap.org/soap/envelope/\""
-                      "|xmlns:XS=\"http://www.w3.org/2001/XMLSchema\""
-                      "|xmlns:XI=\"http://www.w3.org/2001/XMLSchema-instance\""
-                      "|xmlns:a=\"urn:telvane-main\"><S:Body><a:getDeploymentStatusList_Array>"
-                      "<deploymentGuidList XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[2]\">"
-                      "<i XI:type=\"XS:string\">g1</i><i XI:type=\"XS:string\">a&lt;b</i>"
-                      "</deploymentGuidList></a:getDeploymentStatusList_Array></S:Body>"
-                      "</S:Envelope>"));
+  EXPECT_EQ(text,
+            withBreaks("<S:Envelope|xmlns:Enc=\"http://schemas.xmlsoap.org/soap/encoding/\""
+                       "|xmlns:S=\"http://schemas.xmlsoap.org/soap/envelope/\""
+                       "|xmlns:XS=\"http://www.w3.org/2001/XMLSchema\""
+                       "|xmlns:XI=\"http://www.w3.org/2001/XMLSchema-instance\""
+                       "|xmlns:a=\"urn:telvane-main\"><S:Body><a:getDeploymentStatusList_Array>"
+                       "<deploymentGuidList XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[2]\">"
+                       "<i XI:type=\"XS:string\">g1</i><i XI:type=\"XS:string\">a&lt;b</i>"
+                       "</deploymentGuidList></a:getDeploymentStatusList_Array></S:Body>"
+                       "</S:Envelope>"));
 }
 
 TEST(Envelope, WritesEveryValueType) {

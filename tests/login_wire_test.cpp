@@ -51,8 +51,8 @@ class LoginWire : public ::testing::Test {
   }
 
   void scriptLogin(const std::string& challenge, const std::string& token) {
-    server.enqueue(Reply::xml(scalarAnswer("getChallenge", challenge, "string",
-                                           "urn:telvane-login")));
+    server.enqueue(
+        Reply::xml(scalarAnswer("getChallenge", challenge, "string", "urn:telvane-login")));
     server.enqueue(Reply::xml(loginAnswer(token)));
     server.enqueue(Reply::xml(scalarAnswer("getVersion", "3.2.4.60")));
   }
@@ -159,15 +159,15 @@ TEST_F(LoginWire, TheKeyCounterStopsAt32767) {
 }
 
 TEST_F(LoginWire, ListsAndSelectsAccounts) {
-  server.enqueue(Reply::xml(testing::soapEnvelope(
-      "<ns1:getUserAccountsResponse xmlns:ns1=\"urn:telvane-login\">"
-      "<getUserAccountsReturn soapenc:arrayType=\"ns2:UserAccountInfo[2]\">"
-      "<item href=\"#id0\"/><item href=\"#id1\"/></getUserAccountsReturn>"
-      "</ns1:getUserAccountsResponse>"
-      "<multiRef id=\"id1\" soapenc:root=\"0\"><accountID>1002</accountID>"
-      "<accountName>Two</accountName></multiRef>"
-      "<multiRef id=\"id0\" soapenc:root=\"0\"><accountName>One</accountName>"
-      "<accountID>1001</accountID></multiRef>")));
+  server.enqueue(Reply::xml(
+      testing::soapEnvelope("<ns1:getUserAccountsResponse xmlns:ns1=\"urn:telvane-login\">"
+                            "<getUserAccountsReturn soapenc:arrayType=\"ns2:UserAccountInfo[2]\">"
+                            "<item href=\"#id0\"/><item href=\"#id1\"/></getUserAccountsReturn>"
+                            "</ns1:getUserAccountsResponse>"
+                            "<multiRef id=\"id1\" soapenc:root=\"0\"><accountID>1002</accountID>"
+                            "<accountName>Two</accountName></multiRef>"
+                            "<multiRef id=\"id0\" soapenc:root=\"0\"><accountName>One</accountName>"
+                            "<accountID>1001</accountID></multiRef>")));
   auto accounts = service.getAccounts();
   ASSERT_TRUE(accounts);
   ASSERT_EQ(accounts->Count(), 2);
@@ -255,8 +255,8 @@ TEST_F(LoginWire, SendsDebugInfoOnlyToNewEnoughServers) {
 
   server.enqueue(Reply::xml(scalarAnswer("getVersion", "3.2.4.59")));
   ASSERT_TRUE(service.Ping(server.baseUrl()));
-  server.enqueue(Reply::xml(testing::soapEnvelope(
-      "<ns1:sendClientDebugInfoResponse xmlns:ns1=\"urn:telvane-main\"/>")));
+  server.enqueue(Reply::xml(
+      testing::soapEnvelope("<ns1:sendClientDebugInfoResponse xmlns:ns1=\"urn:telvane-main\"/>")));
   service.sendDebugInfo("a<b");
   auto body = server.lastRequest().body;
   EXPECT_NE(body.find("</key><debugInfo XI:type=\"XS:string\">a&lt;b</debugInfo>"),

@@ -55,8 +55,9 @@ std::unique_ptr<testing::SandboxProcess> EndToEnd::sandbox;
 TEST_F(EndToEnd, PingsAndReadsTheServersValues) {
   ASSERT_TRUE(service.Ping(sandbox->baseUrl()));
   EXPECT_EQ(service.serverVersion(), "3.2.4.60");
-  EXPECT_TRUE(std::regex_match(service.getGuid(),
-                               std::regex("[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}")));
+  EXPECT_TRUE(
+      std::regex_match(service.getGuid(),
+                       std::regex("[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}")));
   EXPECT_NE(service.getGuid(), service.getGuid());
   EXPECT_EQ(service.getFixedUrl(), sandbox->baseUrl());
   EXPECT_TRUE(service.isCompatible());
@@ -118,8 +119,8 @@ TEST_F(EndToEnd, TheCommandLineToolPrintsDataAndFailsWithAStatus) {
   EXPECT_EQ(accounts.status, 0);
   EXPECT_EQ(accounts.out, "1001\tDemo Productions\n1002\tDemo Training\n");
 
-  auto wrong = testing::runProgram({BRENMOOR_CLI_PATH, "--url", sandbox->baseUrl(), "--user",
-                                    kUser, "--password", "nope", "accounts"});
+  auto wrong = testing::runProgram({BRENMOOR_CLI_PATH, "--url", sandbox->baseUrl(), "--user", kUser,
+                                    "--password", "nope", "accounts"});
   EXPECT_EQ(wrong.status, 1);
   EXPECT_EQ(wrong.out, "");
 

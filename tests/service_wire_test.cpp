@@ -86,8 +86,9 @@ TEST_F(ServiceWire, ReportsEachTransportFailureByItsRow) {
        std::string(kContact) + "\r\nProbable cause is an invalid Telvane URL."},
       {"empty body", Reply::xml(""), 2,
        std::string(kContact) + "\r\nProbable cause is an invalid Telvane URL."},
-      {"no return value", Reply::xml(testing::soapEnvelope("<ns1:getGuidResponse "
-                                                           "xmlns:ns1=\"urn:telvane-main\"/>")),
+      {"no return value",
+       Reply::xml(testing::soapEnvelope("<ns1:getGuidResponse "
+                                        "xmlns:ns1=\"urn:telvane-main\"/>")),
        -1, ""},
   };
   for (const auto& row : rows) {

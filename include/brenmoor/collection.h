@@ -15,9 +15,8 @@ namespace brenmoor {
 template <class T>
 class Collection {
  public:
-  using value_type =
-      std::conditional_t<std::is_arithmetic_v<T> || std::is_same_v<T, std::string>, T,
-                         std::shared_ptr<T>>;
+  using value_type = std::conditional_t<std::is_arithmetic_v<T> || std::is_same_v<T, std::string>,
+                                        T, std::shared_ptr<T>>;
 
   int32_t Count() const noexcept { return static_cast<int32_t>(items_.size()); }
 

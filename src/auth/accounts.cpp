@@ -17,33 +17,36 @@ constexpr Operation kSelectAccountByGuid{"selectAccountByGuid", Service::Login};
 }  // namespace
 
 std::shared_ptr<Collection<UserAccountInfo>> ZylService::getAccounts() {
-  return service::call(
-      *state_, kGetUserAccounts, service::noElements,
-      std::shared_ptr<Collection<UserAccountInfo>>(), [](const soap::Answer& a) {
-        auto accounts = std::make_shared<Collection<UserAccountInfo>>();
-        for (const auto& item : a.returnNode().children) {
-          auto account = std::make_shared<UserAccountInfo>();
-          util::RecordReader in(*item, util::RecordReader::Missing::Fails);
-          in("accountName", account->accountName);
-          in("accountID", account->accountID);
-          accounts->Add(std::move(account));
-        }
-        return accounts;
-      });
+  return service::call(*state_, kGetUserAccounts, service::noElements,
+                       std::shared_ptr<Collection<UserAccountInfo>>(), [](const soap::Answer& a) {
+                         auto accounts = std::make_shared<Collection<UserAccountInfo>>();
+                         for (const auto& item : a.returnNode().children) {
+                           auto account = std::make_shared<UserAccountInfo>();
+                           util::RecordReader in(*item, util::RecordReader::Missing::Fails);
+                           in("accountName", account->accountName);
+                           in("accountID", account->accountID);
+                           accounts->Add(std::move(account));
+                         }
+                         return accounts;
+                       });
 }
 
 bool ZylService::selectAccount(const std::string& accountID) {
   return service::call(
       *state_, kSelectAccount,
-      [&] { return service::Elements{{"account_id", util::toInt32(accountID)}}; }, false,
-      service::returnBool);
+      [&] {
+        return service::Elements{{"account_id", util::toInt32(accountID)}};
+      },
+      false, service::returnBool);
 }
 
 bool ZylService::selectAccountByGuid(const std::string& accountGuid) {
   return service::call(
       *state_, kSelectAccountByGuid,
-      [&] { return service::Elements{{"account_guid", accountGuid}}; }, false,
-      service::returnBool);
+      [&] {
+        return service::Elements{{"account_guid", accountGuid}};
+      },
+      false, service::returnBool);
 }
 
 }  // namespace brenmoor

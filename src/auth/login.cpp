@@ -19,9 +19,15 @@ constexpr Operation kGetVersion{"getVersion", Service::Main, Key::None};
 constexpr Operation kUserLogout{"userLogout", Service::Login, Key::None};
 }  // namespace
 
-std::string ZylService::key() { return service::nextKey(*state_); }
-int16_t ZylService::keyCounter() const { return state_->keyCounter; }
-const std::string& ZylService::sessionToken() const { return state_->sessionToken; }
+std::string ZylService::key() {
+  return service::nextKey(*state_);
+}
+int16_t ZylService::keyCounter() const {
+  return state_->keyCounter;
+}
+const std::string& ZylService::sessionToken() const {
+  return state_->sessionToken;
+}
 
 std::string ZylService::login(const std::string& UserName, const std::string& Password) {
   auto& s = *state_;

@@ -32,7 +32,10 @@ std::shared_ptr<DeploymentInfo> ZylService::getDeploymentInfo(const std::string&
   static constexpr service::Operation kOperation{"getDeploymentInfo", soap::Service::Main};
   auto info = std::make_shared<DeploymentInfo>();
   auto outcome = service::run(
-      *state_, kOperation, [&] { return service::Elements{{"templateGuid", templateGuid}}; },
+      *state_, kOperation,
+      [&] {
+        return service::Elements{{"templateGuid", templateGuid}};
+      },
       [&](const soap::Answer& a) { projects::readDeploymentInfo(a.returnNode(), *info); },
       // The template guid stands where the alert expects a project name.
       projects::duplicateNameAlert(templateGuid));

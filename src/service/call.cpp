@@ -11,8 +11,8 @@ namespace brenmoor::service {
 std::string genericFaultAlert(const soap::Node& fault) {
   auto part = [&](size_t i) -> const soap::Node& {
     if (i >= fault.children.size()) {
-      throw soap::Failure(soap::kGeneralFailure, "The fault answer lacks its part " +
-                                                     std::to_string(i + 1));
+      throw soap::Failure(soap::kGeneralFailure,
+                          "The fault answer lacks its part " + std::to_string(i + 1));
     }
     return *fault.children[i];
   };
@@ -52,8 +52,12 @@ Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& ele
   }
 }
 
-std::string returnText(const soap::Answer& answer) { return answer.returnNode().text; }
+std::string returnText(const soap::Answer& answer) {
+  return answer.returnNode().text;
+}
 
-bool returnBool(const soap::Answer& answer) { return util::toBool(answer.returnNode()); }
+bool returnBool(const soap::Answer& answer) {
+  return util::toBool(answer.returnNode());
+}
 
 }  // namespace brenmoor::service

@@ -55,7 +55,9 @@ Result call(ZylService::State& state, const Operation& op, const ElementsFn& ele
   return result;
 }
 
-inline Elements noElements() { return {}; }
+inline Elements noElements() {
+  return {};
+}
 
 // Answer readers for simple results: the return element's value.
 std::string returnText(const soap::Answer& answer);

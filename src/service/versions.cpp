@@ -44,8 +44,9 @@ bool ZylService::Ping(const std::string& baseUrl, bool m_useProxy) {
   // Ping reports silently, then leaves alerts on whatever they were before.
   const bool alerts = s.showAlerts;
   s.showAlerts = false;
-  auto outcome = service::run(s, kGetVersionQuickly, service::noElements,
-                              [&](const soap::Answer& a) { s.serverVersion = service::returnText(a); });
+  auto outcome =
+      service::run(s, kGetVersionQuickly, service::noElements,
+                   [&](const soap::Answer& a) { s.serverVersion = service::returnText(a); });
   s.showAlerts = outcome == service::Outcome::Failed ? true : alerts;
   return outcome == service::Outcome::Answered;
 }
@@ -58,7 +59,6 @@ std::string ZylService::getFixedUrl() {
   return service::call(*state_, kGetFixedUrl, service::noElements, std::string(),
                        service::returnText);
 }
-
 
 bool ZylService::validVersion(const std::string& v) const {
   const std::string& server = state_->serverVersion;
@@ -103,7 +103,10 @@ void ZylService::sendDebugInfo(const std::string& debugInfo) {
   if (!validVersion("3.2.4.59")) return;
   service::run(
       *state_, kSendClientDebugInfo,
-      [&] { return service::Elements{{"debugInfo", debugInfo}}; }, [](const soap::Answer&) {});
+      [&] {
+        return service::Elements{{"debugInfo", debugInfo}};
+      },
+      [](const soap::Answer&) {});
 }
 
 }  // namespace brenmoor

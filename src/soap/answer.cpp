@@ -189,7 +189,9 @@ std::string Node::textContent() const {
   return all;
 }
 
-std::string_view Node::valueLocalName() const { return localName(text); }
+std::string_view Node::valueLocalName() const {
+  return localName(text);
+}
 
 Answer Answer::parse(std::string_view body, std::string_view charset, std::string_view source) {
   Answer answer;
@@ -200,8 +202,8 @@ Answer Answer::parse(std::string_view body, std::string_view charset, std::strin
   if (body.empty()) fail("is empty");
 
   pugi::xml_document doc;
-  auto parsed = doc.load_buffer(body.data(), body.size(), pugi::parse_default,
-                                encodingFor(charset, source));
+  auto parsed =
+      doc.load_buffer(body.data(), body.size(), pugi::parse_default, encodingFor(charset, source));
   if (!parsed) {
     fail("is not well-formed XML: " + std::string(parsed.description()) + " at byte " +
          std::to_string(parsed.offset));
@@ -233,13 +235,15 @@ const Node& Answer::firstParameter() const {
   return *parameters_.front();
 }
 
-bool Answer::isFault() const { return !parameters_.empty() && parameters_.front()->name == "Fault"; }
+bool Answer::isFault() const {
+  return !parameters_.empty() && parameters_.front()->name == "Fault";
+}
 
 const Node& Answer::returnNode() const {
   const Node& wrapper = firstParameter();
   if (wrapper.children.empty()) {
-    throw Failure(kGeneralFailure, "The answer from " + source_ + " has no return value in <" +
-                                       wrapper.name + ">");
+    throw Failure(kGeneralFailure,
+                  "The answer from " + source_ + " has no return value in <" + wrapper.name + ">");
   }
   return *wrapper.children.front();
 }

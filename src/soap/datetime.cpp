@@ -18,7 +18,8 @@ Date parseDateTime(std::string_view text) {
   int64_t offsetSeconds = 0;
   if (!local.empty() && local.back() == 'Z') {
     local.remove_suffix(1);
-  } else if (local.size() > 6 && (local[local.size() - 6] == '+' || local[local.size() - 6] == '-')) {
+  } else if (local.size() > 6 &&
+             (local[local.size() - 6] == '+' || local[local.size() - 6] == '-')) {
     std::string_view zone = local.substr(local.size() - 6);
     auto two = [&](size_t at) {
       char a = zone[at], b = zone[at + 1];

@@ -14,7 +14,7 @@ inline constexpr std::string_view kSchemaInstanceNs = "http://www.w3.org/2001/XM
 enum class Service { Login, Main, Assets, Accounts, Reports };
 
 struct ServiceInfo {
-  std::string_view path;       // appended to the base URL
+  std::string_view path;          // appended to the base URL
   std::string_view namespaceUri;  // of its operations, and its SOAPAction
 };
 

@@ -16,7 +16,9 @@ enum NsIndex { kEnc, kEnv, kXs, kXi, kService, kNsCount };
 
 class EnvelopeWriter {
  public:
-  void element(const Element& e) { std::visit([&](const auto& v) { write(e.name, v); }, e.value); }
+  void element(const Element& e) {
+    std::visit([&](const auto& v) { write(e.name, v); }, e.value);
+  }
 
   std::string finish(std::string_view namespaceUri, std::string_view operation,
                      bool withoutDeclaration) {
@@ -53,11 +55,20 @@ class EnvelopeWriter {
   static void appendEscaped(std::string& out, std::string_view text) {
     for (char c : text) {
       switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
+        case '&':
+          out += "&amp;";
+          break;
+        case '<':
+          out += "&lt;";
+          break;
+        case '>':
+          out += "&gt;";
+          break;
+        case '"':
+          out += "&quot;";
+          break;
+        default:
+          out += c;
       }
     }
   }

@@ -119,7 +119,9 @@ ConnectionPool::ConnectionPool() {
   share_ = share;
 }
 
-ConnectionPool::~ConnectionPool() { curl_share_cleanup(static_cast<CURLSH*>(share_)); }
+ConnectionPool::~ConnectionPool() {
+  curl_share_cleanup(static_cast<CURLSH*>(share_));
+}
 
 HttpTransport::HttpTransport(ConnectionPool& pool) : pool_(pool) {}
 
@@ -178,8 +180,8 @@ HttpAnswer HttpTransport::send(const std::string& url, const std::string& reques
   curl_easy_getinfo(e, CURLINFO_CONTENT_TYPE, &contentType);
   if (contentType) answer.charset = charsetOf(contentType);
   if ((answer.status < 200 || answer.status > 299) && answer.status != 500) {
-    throw Failure(kUnexpectedStatus, "Unexpected HTTP Status code of " +
-                                         std::to_string(answer.status));
+    throw Failure(kUnexpectedStatus,
+                  "Unexpected HTTP Status code of " + std::to_string(answer.status));
   }
   answer.body = std::move(x.body);
   return answer;

@@ -41,9 +41,13 @@ bool toBool(std::string_view text) {
   mismatch(text, "a boolean");
 }
 
-int32_t toInt32(std::string_view text) { return toInteger<int32_t>(text, "a 32-bit integer"); }
+int32_t toInt32(std::string_view text) {
+  return toInteger<int32_t>(text, "a 32-bit integer");
+}
 
-int16_t toInt16(std::string_view text) { return toInteger<int16_t>(text, "a 16-bit integer"); }
+int16_t toInt16(std::string_view text) {
+  return toInteger<int16_t>(text, "a 16-bit integer");
+}
 
 double toDouble(std::string_view text) {
   auto t = trimmed(text);

@@ -14,6 +14,8 @@ int32_t toInt32(std::string_view text);
 int16_t toInt16(std::string_view text);
 double toDouble(std::string_view text);
 
-inline bool toBool(const soap::Node& node) { return toBool(node.text); }
+inline bool toBool(const soap::Node& node) {
+  return toBool(node.text);
+}
 
 }  // namespace brenmoor::util

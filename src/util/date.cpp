@@ -14,12 +14,16 @@ using namespace std::chrono;
 constexpr int64_t kMsPerDay = 86'400'000;
 constexpr sys_days kZeroDay = sys_days{std::chrono::year{1899} / December / 30};
 
-int64_t floorDiv(int64_t a, int64_t b) { return a / b - ((a % b != 0) && ((a < 0) != (b < 0))); }
+int64_t floorDiv(int64_t a, int64_t b) {
+  return a / b - ((a % b != 0) && ((a < 0) != (b < 0)));
+}
 
 year_month_day calendarDay(int64_t ms) {
   return year_month_day{kZeroDay + days{floorDiv(ms, kMsPerDay)}};
 }
-int64_t msOfDay(int64_t ms) { return ms - floorDiv(ms, kMsPerDay) * kMsPerDay; }
+int64_t msOfDay(int64_t ms) {
+  return ms - floorDiv(ms, kMsPerDay) * kMsPerDay;
+}
 
 // Reads exactly `count` digits at `pos`, or -1.
 int digits(std::string_view text, size_t pos, size_t count) {
@@ -79,15 +83,31 @@ std::optional<Date> Date::parse(std::string_view text) {
   }
 }
 
-int Date::year() const { return static_cast<int>(calendarDay(ms_).year()); }
-int Date::month() const { return static_cast<int>(static_cast<unsigned>(calendarDay(ms_).month())); }
-int Date::day() const { return static_cast<int>(static_cast<unsigned>(calendarDay(ms_).day())); }
-int Date::hour() const { return static_cast<int>(msOfDay(ms_) / 3'600'000); }
-int Date::minute() const { return static_cast<int>(msOfDay(ms_) / 60'000 % 60); }
-int Date::second() const { return static_cast<int>(msOfDay(ms_) / 1000 % 60); }
-int Date::millisecond() const { return static_cast<int>(msOfDay(ms_) % 1000); }
+int Date::year() const {
+  return static_cast<int>(calendarDay(ms_).year());
+}
+int Date::month() const {
+  return static_cast<int>(static_cast<unsigned>(calendarDay(ms_).month()));
+}
+int Date::day() const {
+  return static_cast<int>(static_cast<unsigned>(calendarDay(ms_).day()));
+}
+int Date::hour() const {
+  return static_cast<int>(msOfDay(ms_) / 3'600'000);
+}
+int Date::minute() const {
+  return static_cast<int>(msOfDay(ms_) / 60'000 % 60);
+}
+int Date::second() const {
+  return static_cast<int>(msOfDay(ms_) / 1000 % 60);
+}
+int Date::millisecond() const {
+  return static_cast<int>(msOfDay(ms_) % 1000);
+}
 
-Date Date::addSeconds(int64_t seconds) const { return Date(ms_ + seconds * 1000); }
+Date Date::addSeconds(int64_t seconds) const {
+  return Date(ms_ + seconds * 1000);
+}
 
 std::string Date::toString() const {
   char buf[48];

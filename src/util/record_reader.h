@@ -33,9 +33,9 @@ class RecordReader {
     const soap::Node* child = node_.child(name);
     if (!child) {
       if (missing_ == Missing::KeepsDefault) return;
-      throw soap::Failure(soap::kGeneralFailure, "The answer element <" + node_.name +
-                                                     "> lacks its child <" + std::string(name) +
-                                                     ">");
+      throw soap::Failure(
+          soap::kGeneralFailure,
+          "The answer element <" + node_.name + "> lacks its child <" + std::string(name) + ">");
     }
     if (child->nil) {
       if constexpr (!std::is_same_v<T, Date>) property.set(T{});

@@ -9,19 +9,31 @@ std::string escapeXml(std::string_view text) {
   out.reserve(text.size() + text.size() / 8);
   for (char c : text) {
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&apos;"; break;
-      default: out += c;
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      case '\'':
+        out += "&apos;";
+        break;
+      default:
+        out += c;
     }
   }
   return out;
 }
 
 std::string& stripControlChars(std::string& text) {
-  std::erase_if(text, [](char c) { return c == '\r' || c == '\n' || c == '\0' || c == '\f' || c == '\v'; });
+  std::erase_if(
+      text, [](char c) { return c == '\r' || c == '\n' || c == '\0' || c == '\f' || c == '\v'; });
   return text;
 }
 

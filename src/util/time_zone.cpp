@@ -12,10 +12,16 @@ int32_t localOffsetSeconds() {
   return static_cast<int32_t>(local.tm_gmtoff);
 }
 
-Date localToUtc(const Date& local) { return local.addSeconds(-localOffsetSeconds()); }
+Date localToUtc(const Date& local) {
+  return local.addSeconds(-localOffsetSeconds());
+}
 
-Date localToUtc() { return localToUtc(Date::now()); }
+Date localToUtc() {
+  return localToUtc(Date::now());
+}
 
-Date utcToLocal(const Date& utc) { return utc.addSeconds(localOffsetSeconds()); }
+Date utcToLocal(const Date& utc) {
+  return utc.addSeconds(localOffsetSeconds());
+}
 
 }  // namespace brenmoor::util

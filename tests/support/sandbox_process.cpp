@@ -49,7 +49,8 @@ std::string readUntil(int fd, std::chrono::milliseconds limit, Done done) {
 
 SandboxProcess::SandboxProcess(std::vector<std::string> extraArgs) {
   std::mt19937_64 random{std::random_device{}()};
-  dataDir_ = std::filesystem::temp_directory_path() / ("telvane-sandbox-" + std::to_string(random()));
+  dataDir_ =
+      std::filesystem::temp_directory_path() / ("telvane-sandbox-" + std::to_string(random()));
   std::vector<std::string> argv = {BRENMOOR_SANDBOX_PATH, "--port", "0", "--data",
                                    dataDir_.string()};
   argv.insert(argv.end(), extraArgs.begin(), extraArgs.end());
