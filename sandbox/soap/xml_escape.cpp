@@ -5,18 +5,10 @@ namespace sandbox {
 void append_escaped(std::string& out, std::string_view text) {
   for (char c : text) {
     switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
       case '\r':
         // A literal CR would be folded into the line end by the reader.
         out += "&#13;";

@@ -48,19 +48,11 @@ void reportError(ZylService::State& state, uint32_t code, const std::string& des
   };
   const std::string contact = std::string(kCouldNotContact) + "\r\n";
   switch (code) {
-    case soap::kTimedOut:
-      set(1, kCouldNotContact);
-      break;
-    case soap::kUnusableServer:
-      set(2, contact + kInvalidUrl);
-      break;
-    case soap::kConnectionRefused:
-      set(3, contact + kUnavailable);
-      break;
+    case soap::kTimedOut: set(1, kCouldNotContact); break;
+    case soap::kUnusableServer: set(2, contact + kInvalidUrl); break;
+    case soap::kConnectionRefused: set(3, contact + kUnavailable); break;
     case soap::kUnexpectedStatus:
-    case soap::kConnectionReset:
-      set(3, contact + kMaintenance);
-      break;
+    case soap::kConnectionReset: set(3, contact + kMaintenance); break;
     default:
       // A description that ends in "Exception:" leaves nothing to show.
       if (!applyDescription(state, description)) return;

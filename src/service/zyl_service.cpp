@@ -9,16 +9,11 @@ ZylService::~ZylService() = default;
 
 const std::string& ZylService::State::endpoint(soap::Service service) const {
   switch (service) {
-    case soap::Service::Login:
-      return loginUrl;
-    case soap::Service::Main:
-      return telvaneUrl;
-    case soap::Service::Assets:
-      return assetsUrl;
-    case soap::Service::Accounts:
-      return accountsUrl;
-    case soap::Service::Reports:
-      return reportsUrl;
+    case soap::Service::Login: return loginUrl;
+    case soap::Service::Main: return telvaneUrl;
+    case soap::Service::Assets: return assetsUrl;
+    case soap::Service::Accounts: return accountsUrl;
+    case soap::Service::Reports: return reportsUrl;
   }
   return telvaneUrl;
 }

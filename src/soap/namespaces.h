@@ -20,16 +20,11 @@ struct ServiceInfo {
 
 constexpr ServiceInfo serviceInfo(Service service) {
   switch (service) {
-    case Service::Login:
-      return {"/services/Login", "urn:telvane-login"};
-    case Service::Main:
-      return {"/services/Telvane", "urn:telvane-main"};
-    case Service::Assets:
-      return {"/services/Assets", "urn:telvane-assets"};
-    case Service::Accounts:
-      return {"/services/Accounts", "urn:telvane-accounts"};
-    case Service::Reports:
-      return {"/services/Reports", "urn:telvane-reports"};
+    case Service::Login: return {"/services/Login", "urn:telvane-login"};
+    case Service::Main: return {"/services/Telvane", "urn:telvane-main"};
+    case Service::Assets: return {"/services/Assets", "urn:telvane-assets"};
+    case Service::Accounts: return {"/services/Accounts", "urn:telvane-accounts"};
+    case Service::Reports: return {"/services/Reports", "urn:telvane-reports"};
   }
   return {};
 }

@@ -7,6 +7,7 @@
 
 #include "soap/datetime.h"
 #include "soap/namespaces.h"
+#include "util/text.h"
 
 namespace brenmoor::soap {
 namespace {
@@ -52,25 +53,9 @@ class EnvelopeWriter {
   }
 
  private:
+  // The apostrophe stays as it is on the wire.
   static void appendEscaped(std::string& out, std::string_view text) {
-    for (char c : text) {
-      switch (c) {
-        case '&':
-          out += "&amp;";
-          break;
-        case '<':
-          out += "&lt;";
-          break;
-        case '>':
-          out += "&gt;";
-          break;
-        case '"':
-          out += "&quot;";
-          break;
-        default:
-          out += c;
-      }
-    }
+    util::appendEscaped(out, text, false);
   }
 
   void open(std::string_view name, std::string_view type) {

@@ -104,8 +104,7 @@ std::string charsetOf(std::string_view contentType) {
     case CURLE_PARTIAL_FILE:
       throw Failure(kConnectionReset,
                     "The connection to " + url + " closed before a full answer: " + what);
-    default:
-      throw Failure(kGeneralFailure, "HTTP request to " + url + " failed: " + what);
+    default: throw Failure(kGeneralFailure, "HTTP request to " + url + " failed: " + what);
   }
 }
 

@@ -4,30 +4,23 @@
 
 namespace brenmoor::util {
 
+void appendEscaped(std::string& out, std::string_view text, bool apostrophe) {
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      case '\'': out += apostrophe ? "&apos;" : "'"; break;
+      default: out += c;
+    }
+  }
+}
+
 std::string escapeXml(std::string_view text) {
   std::string out;
   out.reserve(text.size() + text.size() / 8);
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      case '\'':
-        out += "&apos;";
-        break;
-      default:
-        out += c;
-    }
-  }
+  appendEscaped(out, text, true);
   return out;
 }
 

@@ -9,6 +9,9 @@ namespace brenmoor::util {
 // Escapes & < > " and ' as entities (an existing entity is escaped again).
 std::string escapeXml(std::string_view text);
 
+// Appends `text` with & < > and " escaped, and ' too when asked.
+void appendEscaped(std::string& out, std::string_view text, bool apostrophe);
+
 // Removes carriage returns, line feeds, NULs, form feeds and vertical tabs; tabs stay.
 std::string& stripControlChars(std::string& text);
 

@@ -48,18 +48,14 @@ std::string responseHead(const Reply& reply, bool closeAfter) {
 
 bool sendReply(int fd, const Reply& reply, bool clientKeepsAlive) {
   switch (reply.kind) {
-    case Reply::Kind::Drop:
-      return false;
-    case Reply::Kind::Raw:
-      sendAll(fd, reply.body);
-      return false;
+    case Reply::Kind::Drop: return false;
+    case Reply::Kind::Raw: sendAll(fd, reply.body); return false;
     case Reply::Kind::Truncate:
       if (sendAll(fd, responseHead(reply, false))) {
         sendAll(fd, std::string_view(reply.body).substr(0, reply.body.size() / 2));
       }
       return false;
-    case Reply::Kind::Normal:
-      break;
+    case Reply::Kind::Normal: break;
   }
   const bool closeAfter = !clientKeepsAlive || asksToClose(reply);
   return sendAll(fd, responseHead(reply, closeAfter) + reply.body) && !closeAfter;
