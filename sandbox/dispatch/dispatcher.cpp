@@ -58,7 +58,7 @@ Outcome Dispatcher::handle(const Service& service, std::string_view body) {
         session = verify_session_key(db_, args);
         outcome.key_note = describe_key(*session);
       }
-      Call call(db_, server_, args, reply, session ? &*session : nullptr);
+      Call call(db_, processes_, server_, args, reply, session ? &*session : nullptr);
       operation->handler(call);
     }
     outcome.body = reply.render(operation->name, service.ns);

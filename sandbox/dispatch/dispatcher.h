@@ -1,11 +1,13 @@
 #pragma once
 
+#include <chrono>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "dispatch/service.h"
+#include "processes/process_runner.h"
 
 namespace sandbox {
 
@@ -18,23 +20,32 @@ struct Outcome {
 };
 
 // Routes a request to the service's handler, running the key check for keyed operations
-// and turning every failure into the matching SOAP fault.
+// and turning every failure into the matching SOAP fault. Owns the long-running processes
+// that handlers start, since those share the store with the handlers.
 class Dispatcher {
  public:
-  Dispatcher(Database& db, const ServerInfo& server, std::vector<const Service*> services)
-      : db_(db), server_(server), services_(std::move(services)) {}
+  Dispatcher(Database& db, const ServerInfo& server, std::vector<const Service*> services,
+             std::chrono::milliseconds process_step)
+      : db_(db),
+        server_(server),
+        services_(std::move(services)),
+        processes_(db_, store_mutex_, process_step) {}
 
   // The service at an endpoint path; repeated slashes are ignored. Null if none.
   const Service* find_service(std::string_view path) const;
 
   Outcome handle(const Service& service, std::string_view body);
 
+  // Ends background work; call once no request can arrive any more.
+  void stop_processes() { processes_.stop(); }
+
  private:
   Database& db_;
   const ServerInfo& server_;
   std::vector<const Service*> services_;
-  // The store is one SQLite connection: handlers run one at a time.
+  // The store is one SQLite connection: handlers and process steps run one at a time.
   std::mutex store_mutex_;
+  ProcessRunner processes_;
 };
 
 }  // namespace sandbox

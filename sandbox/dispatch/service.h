@@ -8,11 +8,13 @@
 #include <string_view>
 
 #include "soap/arguments.h"
+#include "soap/faults.h"
 #include "soap/reply.h"
 
 namespace sandbox {
 
 class Database;
+class ProcessRunner;
 
 // Facts about the running sandbox that some operations answer with.
 struct ServerInfo {
@@ -31,11 +33,12 @@ struct Session {
 // Everything a handler works with. Handlers run one at a time.
 class Call {
  public:
-  Call(Database& db, const ServerInfo& server, const Arguments& args, Reply& reply,
-       const Session* session)
-      : db(db), server(server), args(args), reply(reply), session_(session) {}
+  Call(Database& db, ProcessRunner& processes, const ServerInfo& server, const Arguments& args,
+       Reply& reply, const Session* session)
+      : db(db), processes(processes), server(server), args(args), reply(reply), session_(session) {}
 
   Database& db;
+  ProcessRunner& processes;
   const ServerInfo& server;
   const Arguments& args;
   Reply& reply;
@@ -44,6 +47,12 @@ class Call {
   const Session& session() const {
     if (!session_) throw std::logic_error("session() called by an operation without a key");
     return *session_;
+  }
+
+  // The account the session selected; refused with a server fault when there is none.
+  std::int64_t account() const {
+    if (!session().account_id) throw ServerException("No account selected");
+    return *session().account_id;
   }
 
  private:

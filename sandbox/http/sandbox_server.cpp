@@ -49,7 +49,7 @@ SandboxServer::SandboxServer(const ServerOptions& options)
     : options_(with_numeric_host(options)),
       db_(prepare_database_file(options.data_dir)),
       info_{options.version, ""},
-      dispatcher_(db_, info_, all_services()),
+      dispatcher_(db_, info_, all_services(), options.process_step),
       http_(std::make_unique<httplib::Server>()) {
   create_schema(db_);
   if (options_.seed || has_no_users(db_)) seed_demo_data(db_);
@@ -130,9 +130,11 @@ int SandboxServer::start() {
 }
 
 void SandboxServer::stop() {
-  if (!listener_.joinable()) return;
-  http_->stop();
-  listener_.join();
+  if (listener_.joinable()) {
+    http_->stop();
+    listener_.join();
+  }
+  dispatcher_.stop_processes();
 }
 
 }  // namespace sandbox

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -22,6 +23,8 @@ struct ServerOptions {
   bool seed = false;               // (re)create the demo user even if users exist
   bool log = false;                // one line per request on stderr
   std::string version = "3.2.4.60";
+  // Long-running processes advance in ten such steps.
+  std::chrono::milliseconds process_step{150};
 };
 
 // The HTTP front of the sandbox: the five SOAP endpoints over one store.
@@ -39,7 +42,8 @@ class SandboxServer {
   int start();
   // "http://HOST:PORT", valid after start().
   const std::string& base_url() const { return info_.base_url; }
-  // Stops serving and waits for requests in progress; safe to call more than once.
+  // Stops serving, waits for requests in progress and ends background processes; safe to
+  // call more than once.
   void stop();
 
  private:

@@ -7,102 +7,121 @@
 namespace sandbox {
 namespace {
 
-// Writes the wrapper's return element and collects the multiRef entries that follow it.
+// Writes the wrapper's return element and the multiRef entries that follow the wrapper.
+// Records are numbered in the order they are referenced; a record's nested records come
+// after every entry referenced before them, as Axis writes them.
 class AnswerWriter {
  public:
-  AnswerWriter(std::string_view operation, std::string_view ns)
-      : return_name_(std::string(operation) + "Return"), ns_(ns) {}
+  explicit AnswerWriter(std::string_view ns) : ns_(ns) {}
 
-  std::string& out() { return wrapper_; }
-  const std::string& return_name() const { return return_name_; }
-
-  void open_return() {
-    wrapper_ += '<';
-    wrapper_ += return_name_;
-  }
-  void close_return() {
-    wrapper_ += "</";
-    wrapper_ += return_name_;
-    wrapper_ += '>';
-  }
-
-  // Adds a multiRef entry for the record and answers its reference ("#id0").
-  std::string add_multi_ref(std::string_view type, const Fields& fields) {
-    const std::string id = "id" + std::to_string(next_id_++);
-    multi_refs_ += "<multiRef id=\"" + id + "\" soapenc:root=\"0\" soapenv:encodingStyle=\"" +
-                   std::string(kEncodingNs) + "\" xsi:type=\"ns2:";
-    append_escaped(multi_refs_, type);
-    multi_refs_ += "\" xmlns:soapenc=\"" + std::string(kEncodingNs) + "\" xmlns:ns2=\"";
-    append_escaped(multi_refs_, ns_);
-    multi_refs_ += "\">";
-    for (const Field& field : fields) append_typed_element(multi_refs_, field.name, field.value);
-    multi_refs_ += "</multiRef>";
-    return '#' + id;
+  // Writes `value` as the element `name` into `out`; records become references.
+  // The wrapper does not declare the prefixes that arrays use, multiRef entries do.
+  void write(std::string& out, std::string_view name, const Value& value, bool in_wrapper) {
+    if (const auto* record = std::get_if<Record>(&value)) {
+      out += '<';
+      out += name;
+      out += " href=\"" + reference(record->type, record->fields) + "\"/>";
+    } else if (const auto* array = std::get_if<RecordArray>(&value)) {
+      open_array(out, name, "ns2:" + array->type, array->items.size(), in_wrapper);
+      for (const Fields& item : array->items) {
+        out += "<item href=\"" + reference(array->type, item) + "\"/>";
+      }
+      close(out, name);
+    } else {
+      append_typed_element(out, name, value);
+    }
   }
 
-  std::string finish(std::string_view operation) const {
-    std::string body = "<ns1:";
-    body += operation;
-    body += "Response soapenv:encodingStyle=\"";
-    body += kEncodingNs;
-    body += "\" xmlns:ns1=\"";
-    append_escaped(body, ns_);
-    body += "\">";
-    body += wrapper_;
-    body += "</ns1:";
-    body += operation;
-    body += "Response>";
-    body += multi_refs_;
-    return wrap_in_envelope(body);
+  void write_strings(std::string& out, std::string_view name,
+                     const std::vector<std::string>& items) {
+    open_array(out, name, "xsd:string", items.size(), true);
+    for (const std::string& item : items) append_typed_element(out, "item", item);
+    close(out, name);
+  }
+
+  // The multiRef entries of every record referenced so far, and of those they reference.
+  std::string multi_refs() {
+    std::string out;
+    for (std::size_t index = 0; index < pending_.size(); ++index) {
+      // Copied out: writing the fields may add to pending_ and move its elements.
+      const PendingRecord record = pending_[index];
+      out += "<multiRef id=\"id" + std::to_string(index) +
+             "\" soapenc:root=\"0\" soapenv:encodingStyle=\"" + std::string(kEncodingNs) +
+             "\" xsi:type=\"ns2:";
+      append_escaped(out, record.type);
+      out += "\" xmlns:soapenc=\"" + std::string(kEncodingNs) + "\" xmlns:ns2=\"";
+      append_escaped(out, ns_);
+      out += "\">";
+      for (const Field& field : *record.fields) write(out, field.name, field.value, false);
+      out += "</multiRef>";
+    }
+    return out;
   }
 
  private:
-  std::string return_name_;
-  std::string_view ns_;
-  std::string wrapper_;
-  std::string multi_refs_;
-  int next_id_ = 0;
-};
+  // Points into the Reply, which outlives the writer.
+  struct PendingRecord {
+    std::string_view type;
+    const Fields* fields;
+  };
 
-void open_array(AnswerWriter& writer, std::string_view item_type, std::size_t count,
-                std::string_view extra_declarations) {
-  writer.open_return();
-  std::string& out = writer.out();
-  out += " soapenc:arrayType=\"";
-  append_escaped(out, item_type);
-  out += '[' + std::to_string(count) + "]\" xsi:type=\"soapenc:Array\"";
-  out += extra_declarations;
-  out += " xmlns:soapenc=\"";
-  out += kEncodingNs;
-  out += "\">";
-}
+  std::string reference(std::string_view type, const Fields& fields) {
+    pending_.push_back({type, &fields});
+    return "#id" + std::to_string(pending_.size() - 1);
+  }
+
+  void open_array(std::string& out, std::string_view name, std::string_view item_type,
+                  std::size_t count, bool declare_prefixes) {
+    out += '<';
+    out += name;
+    out += " soapenc:arrayType=\"";
+    append_escaped(out, item_type);
+    out += '[' + std::to_string(count) + "]\" xsi:type=\"soapenc:Array\"";
+    if (declare_prefixes) {
+      if (item_type.starts_with("ns2:")) {
+        out += " xmlns:ns2=\"";
+        append_escaped(out, ns_);
+        out += '"';
+      }
+      out += " xmlns:soapenc=\"";
+      out += kEncodingNs;
+      out += '"';
+    }
+    out += '>';
+  }
+
+  static void close(std::string& out, std::string_view name) {
+    out += "</";
+    out += name;
+    out += '>';
+  }
+
+  std::string_view ns_;
+  std::vector<PendingRecord> pending_;
+};
 
 }  // namespace
 
 std::string Reply::render(std::string_view operation, std::string_view ns) const {
-  AnswerWriter writer(operation, ns);
-  std::string& out = writer.out();
-
+  AnswerWriter writer(ns);
+  const std::string return_name = std::string(operation) + "Return";
+  std::string body = "<ns1:";
+  body += operation;
+  body += "Response soapenv:encodingStyle=\"";
+  body += kEncodingNs;
+  body += "\" xmlns:ns1=\"";
+  append_escaped(body, ns);
+  body += "\">";
   if (const auto* value = std::get_if<Value>(&result_)) {
-    append_typed_element(out, writer.return_name(), *value);
-  } else if (const auto* record = std::get_if<Record>(&result_)) {
-    const std::string ref = writer.add_multi_ref(record->type, record->fields);
-    out += '<' + writer.return_name() + " href=\"" + ref + "\"/>";
-  } else if (const auto* list = std::get_if<RecordList>(&result_)) {
-    std::string ns_declaration = " xmlns:ns2=\"";
-    append_escaped(ns_declaration, ns);
-    ns_declaration += '"';
-    open_array(writer, "ns2:" + list->type, list->items.size(), ns_declaration);
-    for (const Fields& item : list->items) {
-      out += "<item href=\"" + writer.add_multi_ref(list->type, item) + "\"/>";
-    }
-    writer.close_return();
+    writer.write(body, return_name, *value, true);
   } else if (const auto* strings = std::get_if<std::vector<std::string>>(&result_)) {
-    open_array(writer, "xsd:string", strings->size(), "");
-    for (const std::string& item : *strings) append_typed_element(out, "item", item);
-    writer.close_return();
+    writer.write_strings(body, return_name, *strings);
   }
-  return writer.finish(operation);
+  body += "</ns1:";
+  body += operation;
+  body += "Response>";
+  body += writer.multi_refs();
+  return wrap_in_envelope(body);
 }
 
 }  // namespace sandbox

@@ -10,8 +10,9 @@
 namespace sandbox {
 
 // What a handler answers. The handler states the result; render() writes it in the
-// rpc/encoded form: one <OPReturn> in the <OPResponse> wrapper, records as multiRef
-// entries after the wrapper. A handler that states nothing gets an empty wrapper.
+// rpc/encoded form: one <OPReturn> in the <OPResponse> wrapper, records (also those nested
+// in records) as multiRef entries after the wrapper. A handler that states nothing gets an
+// empty wrapper.
 class Reply {
  public:
   void scalar(Value value) { result_ = std::move(value); }
@@ -20,7 +21,7 @@ class Reply {
     result_ = Record{std::move(type), std::move(fields)};
   }
   void records(std::string type, std::vector<Fields> items) {
-    result_ = RecordList{std::move(type), std::move(items)};
+    result_ = RecordArray{std::move(type), std::move(items)};
   }
   void strings(std::vector<std::string> items) { result_ = std::move(items); }
 
@@ -28,16 +29,7 @@ class Reply {
   std::string render(std::string_view operation, std::string_view ns) const;
 
  private:
-  struct Record {
-    std::string type;
-    Fields fields;
-  };
-  struct RecordList {
-    std::string type;
-    std::vector<Fields> items;
-  };
-
-  std::variant<std::monostate, Value, Record, RecordList, std::vector<std::string>> result_;
+  std::variant<std::monostate, Value, std::vector<std::string>> result_;
 };
 
 }  // namespace sandbox

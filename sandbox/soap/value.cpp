@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <stdexcept>
 
 #include "soap/xml_escape.h"
 
@@ -30,6 +31,11 @@ TypedText typed_text(const Value& value) {
     TypedText operator()(bool v) const { return {"xsd:boolean", v ? "true" : "false"}; }
     TypedText operator()(double v) const { return {"xsd:double", double_text(v)}; }
     TypedText operator()(Timestamp v) const { return {"xsd:dateTime", format_date_time(v)}; }
+    TypedText operator()(const Record&) const { throw not_scalar(); }
+    TypedText operator()(const RecordArray&) const { throw not_scalar(); }
+    static std::logic_error not_scalar() {
+      return std::logic_error("records are written as multiRef entries by the Reply");
+    }
   };
   return std::visit(Visitor{}, value);
 }

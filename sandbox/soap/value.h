@@ -14,15 +14,31 @@ namespace sandbox {
 // The null value, written as xsi:nil="true".
 struct Nil {};
 
-// One typed value of an answer; the alternative picks the xsd type it is written with.
-using Value = std::variant<Nil, std::string, std::int32_t, std::int16_t, bool, double, Timestamp>;
+struct Field;
+// The fields of a record, in the order the record's type lists them.
+using Fields = std::vector<Field>;
 
-// A field of a record, in the order the record's type lists them.
+// A record of type `type` (e.g. "DeploymentInfo") in the service's namespace; written as a
+// multiRef entry that the field or return element points at.
+struct Record {
+  std::string type;
+  Fields fields;
+};
+
+// An array of records of one type, written as a soapenc:Array of references.
+struct RecordArray {
+  std::string type;
+  std::vector<Fields> items;
+};
+
+// One value of an answer; the alternative picks the xsd type it is written with.
+using Value = std::variant<Nil, std::string, std::int32_t, std::int16_t, bool, double, Timestamp,
+                           Record, RecordArray>;
+
 struct Field {
   std::string name;
   Value value;
 };
-using Fields = std::vector<Field>;
 
 // A date that may be absent: nil when it is.
 inline Value date_or_nil(std::optional<Timestamp> time) {
@@ -30,7 +46,8 @@ inline Value date_or_nil(std::optional<Timestamp> time) {
   return Nil{};
 }
 
-// Appends <name xsi:type="xsd:T">text</name>, or <name xsi:nil="true"/> for Nil.
+// Appends <name xsi:type="xsd:T">text</name>, or <name xsi:nil="true"/> for Nil. Records and
+// record arrays need multiRef entries: the Reply writes those.
 void append_typed_element(std::string& out, std::string_view name, const Value& value);
 
 }  // namespace sandbox

@@ -51,6 +51,11 @@ std::string Statement::text(int column) const {
   return std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
 }
 
+std::optional<std::string> Statement::optional_text(int column) const {
+  if (sqlite3_column_type(statement_, column) == SQLITE_NULL) return std::nullopt;
+  return text(column);
+}
+
 void Statement::bind_value(int index, std::int64_t value) {
   if (sqlite3_bind_int64(statement_, index, value) != SQLITE_OK) fail(db_, "bind");
 }
@@ -85,6 +90,20 @@ void Database::execute(std::string_view sql) {
     sqlite3_free(error);
     throw std::runtime_error("SQLite execute: " + message);
   }
+}
+
+Transaction::~Transaction() {
+  if (done_) return;
+  try {
+    db_.execute("ROLLBACK TO change; RELEASE change");
+  } catch (const std::exception&) {
+    // SQLite has already rolled back after the error that got us here.
+  }
+}
+
+void Transaction::commit() {
+  db_.execute("RELEASE change");
+  done_ = true;
 }
 
 }  // namespace sandbox

@@ -35,6 +35,7 @@ class Statement {
   std::int64_t integer(int column) const;
   std::optional<std::int64_t> optional_integer(int column) const;
   std::string text(int column) const;
+  std::optional<std::string> optional_text(int column) const;
 
  private:
   void bind_value(int index, std::int64_t value);
@@ -58,6 +59,22 @@ class Database {
 
  private:
   sqlite3* db_ = nullptr;
+};
+
+// Groups the statements of one change: rolled back unless commit() is reached. A savepoint,
+// so that a change made of smaller changes can group them again.
+class Transaction {
+ public:
+  explicit Transaction(Database& db) : db_(db) { db_.execute("SAVEPOINT change"); }
+  ~Transaction();
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+
+  void commit();
+
+ private:
+  Database& db_;
+  bool done_ = false;
 };
 
 }  // namespace sandbox

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "crypto/digest.h"
+#include "store/catalog_seed.h"
 #include "store/database.h"
 
 namespace sandbox {
@@ -46,6 +47,7 @@ void seed_demo_data(Database& db) {
         .bind(account.id, user_id)
         .run();
   }
+  seed_catalog(db);
 }
 
 }  // namespace sandbox

@@ -65,6 +65,90 @@ CREATE TABLE IF NOT EXISTS deployments (
   duration INTEGER NOT NULL DEFAULT 0,
   size INTEGER NOT NULL DEFAULT 0
 );
+
+CREATE TABLE IF NOT EXISTS projects (
+  guid TEXT PRIMARY KEY,
+  account_id INTEGER NOT NULL REFERENCES accounts(id),
+  name TEXT NOT NULL,
+  description TEXT NOT NULL,
+  type TEXT NOT NULL DEFAULT '',
+  creator_id INTEGER NOT NULL REFERENCES users(id),
+  created_at INTEGER NOT NULL,
+  modified_at INTEGER NOT NULL,
+  event_start INTEGER,
+  event_end INTEGER,
+  deployment_def_id INTEGER NOT NULL DEFAULT 0,
+  deployment_path TEXT NOT NULL DEFAULT '',
+  linked_project_guid TEXT NOT NULL DEFAULT '',
+  notes TEXT NOT NULL DEFAULT '',
+  UNIQUE (account_id, name)
+);
+
+-- Templates without a project form the catalog that projects copy from.
+CREATE TABLE IF NOT EXISTS templates (
+  guid TEXT PRIMARY KEY,
+  project_guid TEXT REFERENCES projects(guid) ON DELETE CASCADE,
+  name TEXT NOT NULL,
+  description TEXT NOT NULL DEFAULT '',
+  type TEXT NOT NULL DEFAULT '',
+  flags TEXT NOT NULL DEFAULT '',
+  folder_name TEXT NOT NULL DEFAULT '',
+  icon_url TEXT NOT NULL DEFAULT '',
+  width INTEGER NOT NULL DEFAULT 0,
+  height INTEGER NOT NULL DEFAULT 0,
+  live_type INTEGER NOT NULL DEFAULT 0,
+  metadata_xml TEXT NOT NULL DEFAULT '',
+  created_at INTEGER NOT NULL,
+  modified_at INTEGER NOT NULL,
+  UNIQUE (project_guid, name)
+);
+
+CREATE TABLE IF NOT EXISTS components (
+  guid TEXT PRIMARY KEY,
+  template_guid TEXT NOT NULL REFERENCES templates(guid) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  class_name TEXT NOT NULL,
+  label TEXT NOT NULL
+);
+
+CREATE TABLE IF NOT EXISTS component_properties (
+  component_guid TEXT NOT NULL REFERENCES components(guid) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  name TEXT NOT NULL,
+  value TEXT NOT NULL DEFAULT '',
+  asset_dependencies TEXT NOT NULL DEFAULT '',
+  asset_id TEXT NOT NULL DEFAULT '',
+  manageable INTEGER NOT NULL DEFAULT 0,
+  manageid TEXT NOT NULL DEFAULT '',
+  PRIMARY KEY (component_guid, position)
+);
+
+CREATE TABLE IF NOT EXISTS themes (
+  guid TEXT PRIMARY KEY,
+  name TEXT NOT NULL,
+  description TEXT NOT NULL DEFAULT '',
+  type TEXT NOT NULL DEFAULT '',
+  width INTEGER NOT NULL DEFAULT 0,
+  height INTEGER NOT NULL DEFAULT 0,
+  sm_icon_url TEXT NOT NULL DEFAULT '',
+  lg_icon_url TEXT NOT NULL DEFAULT '',
+  created_at INTEGER NOT NULL,
+  modified_at INTEGER NOT NULL
+);
+
+CREATE TABLE IF NOT EXISTS theme_templates (
+  theme_guid TEXT NOT NULL REFERENCES themes(guid) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  template_guid TEXT NOT NULL REFERENCES templates(guid) ON DELETE CASCADE,
+  required INTEGER NOT NULL,
+  PRIMARY KEY (theme_guid, position)
+);
+
+CREATE TABLE IF NOT EXISTS deployment_environments (
+  id INTEGER PRIMARY KEY,
+  name TEXT NOT NULL,
+  must_use_path INTEGER NOT NULL
+);
 )sql");
 }
 

@@ -1,0 +1,91 @@
+#include "services/lookups.h"
+#include "services/main_operations.h"
+#include "soap/faults.h"
+#include "store/database.h"
+#include "store/deployment_store.h"
+#include "store/record_columns.h"
+
+namespace sandbox {
+namespace {
+
+void get_deployment_info(Call& call) {
+  call.reply.record("DeploymentInfo", deployment_info(call.db, call.args.string("templateGuid")));
+}
+
+void set_deployment_version_duration(Call& call) {
+  const std::string version = call.args.string("versionGuid");
+  const std::int32_t duration = call.args.int32("duration");
+  if (duration < 0) throw ApplicationFault("InvalidDuration", "A duration cannot be negative");
+  const bool exists =
+      call.db.prepare("SELECT 1 FROM deployments WHERE version_guid = ? AND version_guid <> ''")
+          .bind(version)
+          .step();
+  if (exists) {
+    call.db.prepare("UPDATE deployments SET duration = ? WHERE version_guid = ?")
+        .bind(duration, version)
+        .run();
+  }
+  call.reply.scalar(exists);
+}
+
+void get_deployment_environment_list(Call& call) {
+  auto row =
+      call.db.prepare("SELECT id, name, must_use_path FROM deployment_environments ORDER BY id");
+  std::vector<Fields> environments;
+  while (row.step()) {
+    environments.push_back(
+        {{"id", int32_at(row, 0)}, {"name", row.text(1)}, {"mustUsePath", flag_at(row, 2)}});
+  }
+  call.reply.records("DeploymentEnvironmentInfo", std::move(environments));
+}
+
+// Environment 0 takes the definition off the project.
+void set_project_deployment_definition(Call& call) {
+  const std::string project = call.args.string("projectGuid");
+  const std::int32_t environment = call.args.int32("deploymentDefID");
+  const std::string path = call.args.string("deploymentPath");
+  require_project(call, project);
+  if (environment != 0) {
+    auto row =
+        call.db.prepare("SELECT name, must_use_path FROM deployment_environments WHERE id = ?");
+    if (!row.bind(environment).step()) {
+      throw ApplicationFault("NoSuchEnvironment", "No deployment environment with that id",
+                             kNotFoundFault);
+    }
+    if (flag_at(row, 1) && path.empty()) {
+      throw ApplicationFault("PathRequired",
+                             "Deployments to " + row.text(0) + " need a deployment path");
+    }
+  }
+  call.db
+      .prepare(
+          "UPDATE projects SET deployment_def_id = ?, deployment_path = ?, modified_at = ? "
+          "WHERE guid = ?")
+      .bind(environment, path, now_ms(), project)
+      .run();
+  call.reply.scalar(true);
+}
+
+void get_deployment_status_list(Call& call) {
+  std::vector<Fields> statuses;
+  for (const std::string& guid : call.args.strings("deploymentGuidList")) {
+    statuses.push_back(deployment_status(call.db, guid));
+  }
+  call.reply.records("DeploymentStatusInfo", std::move(statuses));
+}
+
+constexpr Operation kOperations[] = {
+    {"getDeploymentInfo", Access::keyed, get_deployment_info},
+    {"setDeploymentVersionDuration", Access::keyed, set_deployment_version_duration},
+    {"getDeploymentEnvironmentList_Array", Access::keyed, get_deployment_environment_list},
+    {"setProjectDeploymentDefinition", Access::keyed, set_project_deployment_definition},
+    {"getDeploymentStatusList_Array", Access::keyed, get_deployment_status_list},
+};
+
+}  // namespace
+
+std::span<const Operation> deployment_operations() {
+  return kOperations;
+}
+
+}  // namespace sandbox

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <span>
+
+#include "dispatch/service.h"
+
+namespace sandbox {
+
+// The main service's operations, one table per area; telvane_service.cpp joins them.
+std::span<const Operation> project_operations();
+std::span<const Operation> template_operations();
+std::span<const Operation> theme_operations();
+std::span<const Operation> process_operations();
+std::span<const Operation> deployment_operations();
+
+}  // namespace sandbox
