@@ -38,14 +38,14 @@ TEST(Answer, ReadsScalarsAndRecordsThroughReferencesInEitherOrder) {
   EXPECT_FALSE(answer.isFault());
   const Node& ret = answer.returnNode();
   EXPECT_EQ(ret.name, "opReturn");
-  EXPECT_EQ(ret.child("name")->text, "Apollo");
+  EXPECT_EQ(ret.child("name")->text(), "Apollo");
   const Node* list = ret.child("list");
   ASSERT_NE(list, nullptr);
-  ASSERT_EQ(list->children.size(), 2u);
-  EXPECT_EQ(list->children[1]->name, "anything");
-  EXPECT_EQ(list->children[1]->child("accountID")->text, "7");
+  ASSERT_EQ(list->children().size(), 2u);
+  EXPECT_EQ(list->children()[1]->name, "anything");
+  EXPECT_EQ(list->children()[1]->child("accountID")->text(), "7");
   // A multiRef referenced twice is shared, not copied.
-  EXPECT_EQ(list->children[0]->children, list->children[1]->children);
+  EXPECT_EQ(list->children()[0]->value, list->children()[1]->value);
   EXPECT_EQ(ret.textContent(), "Apollo77");
 }
 
@@ -54,10 +54,10 @@ TEST(Answer, MarksNilWithTrueOrOne) {
       soapEnvelope("<r><a xsi:nil=\"true\"/><b xsi:nil=\"1\"/><c xsi:nil=\"false\">x</c>"
                    "<d href=\"#n\"/></r><multiRef id=\"n\" soapenc:root=\"0\" xsi:nil=\"true\"/>"));
   const Node& r = answer.firstParameter();
-  EXPECT_TRUE(r.child("a")->nil);
-  EXPECT_TRUE(r.child("b")->nil);
-  EXPECT_FALSE(r.child("c")->nil);
-  EXPECT_TRUE(r.child("d")->nil);
+  EXPECT_TRUE(r.child("a")->nil());
+  EXPECT_TRUE(r.child("b")->nil());
+  EXPECT_FALSE(r.child("c")->nil());
+  EXPECT_TRUE(r.child("d")->nil());
 }
 
 TEST(Answer, TurnsAServerFaultIntoAnError) {
@@ -78,8 +78,8 @@ TEST(Answer, KeepsAnApplicationFaultAsTheFirstParameter) {
   ASSERT_TRUE(answer.isFault());
   const Node& fault = answer.firstParameter();
   EXPECT_EQ(fault.ns, "urn:telvane-main");
-  EXPECT_EQ(fault.children[0]->valueLocalName(), "DuplicateName");
-  EXPECT_EQ(fault.children[0]->valueNamespace, "urn:telvane-faults");
+  EXPECT_EQ(fault.children()[0]->valueLocalName(), "DuplicateName");
+  EXPECT_EQ(fault.children()[0]->valueNamespace(), "urn:telvane-faults");
   EXPECT_EQ(fault.child("detail")->textContent(), "1");
 }
 
@@ -135,10 +135,10 @@ TEST(Answer, DecodesTheDeclaredCharset) {
       "<?xml version=\"1.0\"?>"
       "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\">"
       "<soapenv:Body><r>caf\xe9</r></soapenv:Body></soapenv:Envelope>";
-  EXPECT_EQ(parse(latin, "ISO-8859-1").firstParameter().text, "caf\xc3\xa9");
+  EXPECT_EQ(parse(latin, "ISO-8859-1").firstParameter().text(), "caf\xc3\xa9");
   std::string declared = latin;
   declared.replace(0, 21, "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>");
-  EXPECT_EQ(parse(declared).firstParameter().text, "caf\xc3\xa9");
+  EXPECT_EQ(parse(declared).firstParameter().text(), "caf\xc3\xa9");
   EXPECT_THROW(parse(latin, "klingon-8"), Failure);
 }
 

@@ -40,7 +40,7 @@ class EndToEnd : public ::testing::Test {
                                     {{"key", key}, {"account_id", int32_t{1001}}});
     auto reply = transport.send(service.loginUrl(), text);
     try {
-      return soap::Answer::parse(reply.body, reply.charset, "sandbox").returnNode().text;
+      return soap::Answer::parse(reply.body, reply.charset, "sandbox").returnNode().text();
     } catch (const soap::Failure& f) {
       return f.what();
     }

@@ -5,25 +5,25 @@
 #include <string>
 
 #include "brenmoor/date.h"
-#include "brenmoor/property.h"
+#include "brenmoor/field.h"
 
 namespace brenmoor {
 
 // The deployment of one template; only `deployed` is filled when it is not deployed.
 struct DeploymentInfo {
-  Property<bool> deployed;
-  FlaggedProperty<Date> deploymentDate;  // local time; not set when the service gives none
-  FlaggedProperty<std::string> deploymentGuid;
-  Property<int32_t> duration;
-  Property<int32_t> height;
-  FlaggedProperty<std::string> link;
-  Property<bool> liveEnabled;
-  FlaggedProperty<std::string> loginFlag;
-  FlaggedProperty<std::string> loginUrl;
-  FlaggedProperty<std::string> name;
-  FlaggedProperty<std::string> versionGuid;
-  Property<int32_t> width;
-  Property<int32_t> size;
+  Field<bool> deployed;
+  FlaggedField<Date> deploymentDate;  // local time; not set when the service gives none
+  FlaggedField<std::string> deploymentGuid;
+  Field<int32_t> duration;
+  Field<int32_t> height;
+  FlaggedField<std::string> link;
+  Field<bool> liveEnabled;
+  FlaggedField<std::string> loginFlag;
+  FlaggedField<std::string> loginUrl;
+  FlaggedField<std::string> name;
+  FlaggedField<std::string> versionGuid;
+  Field<int32_t> width;
+  Field<int32_t> size;
 };
 
 // A deployment environment a project can be published to.

@@ -1,8 +1,8 @@
 #pragma once
 // Properties of the result records. A record declares each field on one line:
 //
-//   Property<int32_t> height;                 // plain storage
-//   FlaggedProperty<std::string> name;        // storage plus its `nameOccurs` flag
+//   Field<int32_t> height;                 // plain storage
+//   FlaggedField<std::string> name;        // storage plus its `nameOccurs` flag
 //
 // Read with `record.name()`, write with `record.name = "x"` or `record.name.set("x")`. Writing a
 // flagged property also raises its flag, even for an empty value; `record.name.occurs()` reads the
@@ -13,13 +13,13 @@
 namespace brenmoor {
 
 template <class T>
-class Property {
+class Field {
  public:
   using value_type = T;
 
   const T& operator()() const noexcept { return value_; }
   void set(T value) { value_ = std::move(value); }
-  Property& operator=(T value) {
+  Field& operator=(T value) {
     set(std::move(value));
     return *this;
   }
@@ -29,7 +29,7 @@ class Property {
 };
 
 template <class T>
-class FlaggedProperty {
+class FlaggedField {
  public:
   using value_type = T;
 
@@ -38,7 +38,7 @@ class FlaggedProperty {
     value_ = std::move(value);
     occurs_ = true;
   }
-  FlaggedProperty& operator=(T value) {
+  FlaggedField& operator=(T value) {
     set(std::move(value));
     return *this;
   }

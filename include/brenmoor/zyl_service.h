@@ -19,10 +19,13 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "brenmoor/collection.h"
 #include "brenmoor/deployment.h"
 #include "brenmoor/host.h"
+#include "brenmoor/project.h"
+#include "brenmoor/template.h"
 #include "brenmoor/user_account_info.h"
 
 namespace brenmoor {
@@ -108,9 +111,73 @@ class ZylService {
   // Sends diagnostics text to servers from 3.2.4.59 on; does nothing with older ones.
   void sendDebugInfo(const std::string& debugInfo);
 
+  // --- Projects ---------------------------------------------------------------------------
+  // The new project's guid; empty when the name is taken (a message box says so) or on failure.
+  std::string createProject(const std::string& projectName, const std::string& projectDesc);
+  // Deletes the project, undeploying it too. True unless the service faults or the call fails.
+  bool deleteProject(const std::string& projectGuid);
+  bool projectExists(const std::string& projectGuid);
+  // Whether a template of the project (of that type, when one is given) is deployed.
+  bool hasDeployedTemplate(const std::string& projectGuid, const std::string& templateType = "");
+  // The account's projects, or those of one type when `typeID` is not empty.
+  std::shared_ptr<Collection<ProjectInfo>> getProjectList(const std::string& typeID = "");
+  std::shared_ptr<ProjectInfo> getProjectInfo(const std::string& projectGuid);
+  // True unless the service faults or the call fails.
+  bool setProjectType(const std::string& projectGuid, const std::string& typeID);
+
+  // --- Long-running work ------------------------------------------------------------------
+  // The blocking form waits up to 32 s of silence. True unless the service faults.
+  bool clearProject(const std::string& projectGuid, bool undeploy = false);
+  // The asynchronous forms return a procGuid ("id;code") to poll with the calls below.
+  std::string clearProject_Async(const std::string& projectGuid, bool undeploy = false);
+  std::string undeployProject_Async(const std::string& projectGuid);
+  // A procGuid without ";" is refused without a request, an alert or an error.
+  bool isProcessComplete(const std::string& procGuid);
+  int16_t getProcessPercentComplete(const std::string& procGuid);
+  std::string getProcessMessage(const std::string& procGuid);
+  bool clearProject_Result(const std::string& procGuid);
+  bool undeployProject_Result(const std::string& procGuid);
+
+  // --- Templates, themes and components ---------------------------------------------------
+  bool hasTemplateAccess(const std::string& templateGuid, const std::string& rights = "");
+  // The templates that the service's list operation `methodStr` gives for type `tType`.
+  std::shared_ptr<Collection<TemplateInfo>> getTemplateList(const std::string& tType,
+                                                            const std::string& methodStr);
+  std::shared_ptr<Collection<TemplateInfo>> getProjectTemplateList(
+      const std::string& projectGuid, bool includeDeploymentInfo = false);
+  // True unless the service faults or the call fails.
+  bool setTemplateMetadata(const std::string& templateGuid, const std::string& metadataXML);
+  bool templateExists(const std::string& templateGuid);
+  // Null after a fault, without a message box.
+  std::shared_ptr<TemplateInfo> getTemplateInfo(const std::string& templateGuid);
+  std::shared_ptr<TemplateInfo> getThemeTemplateInfo(const std::string& themeGuid,
+                                                     const std::string& templateGuid);
+  // Copies a template into a project (waiting up to 32 s of silence); the copy's guid.
+  std::string copyTemplate(const std::string& templateGuid, const std::string& projectGuid,
+                           const std::string& templateName, bool overwriteExisting);
+  // The service's answer as text.
+  std::string deleteTemplate(const std::string& templateGuid, bool undeploy = false);
+  // The components of a template matching every filter that is not empty.
+  std::shared_ptr<Collection<Component>> getComponents(const std::string& templateGuid,
+                                                       const std::string& componentGuid,
+                                                       const std::string& componentLabel,
+                                                       const std::string& componentClass);
+  std::shared_ptr<Collection<ThemeInfo>> getThemeList(const std::string& typeStr,
+                                                      const std::string& methodStr);
+  std::shared_ptr<ThemeInfo> getThemeInfo(const std::string& guid);
+  // Copies the theme's templates into the project (waiting up to 32 s of silence).
+  bool applyTheme(const std::string& themeGuid, const std::string& projectGuid);
+
   // --- Deployments ------------------------------------------------------------------------
   // The deployment of a template. After a fault, an empty record; after a failure, null.
   std::shared_ptr<DeploymentInfo> getDeploymentInfo(const std::string& templateGuid);
+  bool setDeploymentVersionDuration(const std::string& versionGuid, int16_t duration);
+  std::shared_ptr<Collection<DeploymentEnvironmentInfo>> getDeploymentEnvironmentList();
+  // True unless the service faults or the call fails.
+  bool setProjectDeploymentDefinition(const std::string& projectGuid, int16_t deploymentDefID,
+                                      const std::string& deploymentPath = "");
+  std::shared_ptr<Collection<DeploymentStatusInfo>> getDeploymentStatusList(
+      const std::vector<std::string>& deploymentGuidList);
 
   struct State;
 

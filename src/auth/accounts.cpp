@@ -19,15 +19,14 @@ constexpr Operation kSelectAccountByGuid{"selectAccountByGuid", Service::Login};
 std::shared_ptr<Collection<UserAccountInfo>> ZylService::getAccounts() {
   return service::call(*state_, kGetUserAccounts, service::noElements,
                        std::shared_ptr<Collection<UserAccountInfo>>(), [](const soap::Answer& a) {
-                         auto accounts = std::make_shared<Collection<UserAccountInfo>>();
-                         for (const auto& item : a.returnNode().children) {
-                           auto account = std::make_shared<UserAccountInfo>();
-                           util::RecordReader in(*item, util::RecordReader::Missing::Fails);
-                           in("accountName", account->accountName);
-                           in("accountID", account->accountID);
-                           accounts->Add(std::move(account));
-                         }
-                         return accounts;
+                         return util::readList<UserAccountInfo>(
+                             a.returnNode(), [](const soap::Node& item) {
+                               auto account = std::make_shared<UserAccountInfo>();
+                               util::RecordReader in(item, util::RecordReader::Missing::Fails);
+                               in("accountName", account->accountName);
+                               in("accountID", account->accountID);
+                               return account;
+                             });
                        });
 }
 

@@ -1,5 +1,6 @@
 #include "service/call.h"
 
+#include "service/endpoints.h"
 #include "service/error_reporter.h"
 #include "service/key.h"
 #include "soap/failure.h"
@@ -10,14 +11,14 @@ namespace brenmoor::service {
 
 std::string genericFaultAlert(const soap::Node& fault) {
   auto part = [&](size_t i) -> const soap::Node& {
-    if (i >= fault.children.size()) {
+    if (i >= fault.children().size()) {
       throw soap::Failure(soap::kGeneralFailure,
                           "The fault answer lacks its part " + std::to_string(i + 1));
     }
-    return *fault.children[i];
+    return *fault.children()[i];
   };
   const soap::Node& code = part(0);
-  return "Fault:" + std::string(code.valueLocalName()) + " " + code.valueNamespace + " " +
+  return "Fault:" + std::string(code.valueLocalName()) + " " + code.valueNamespace() + " " +
          part(1).textContent() + " " + part(2).textContent() + " ";
 }
 
@@ -37,11 +38,14 @@ Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& ele
     transport.setSoapAction(std::string(service.namespaceUri));
     if (state.useProxy) transport.setProxy("localhost", 8080);
 
-    const std::string& url = state.endpoint(op.service);
+    const std::string url = op.serviceCode ? serviceUrlForCode(state.baseUrl, op.serviceCode)
+                                           : state.endpoint(op.service);
     const auto reply = transport.send(url, text);
     const auto answer = soap::Answer::parse(reply.body, reply.charset, url);
     if (answer.isFault()) {
-      state.host->messageBox(alert(answer.firstParameter()), "");
+      if (auto text = alert(answer.firstParameter()); !text.empty()) {
+        state.host->messageBox(text, "");
+      }
       return Outcome::Faulted;
     }
     read(answer);
@@ -53,7 +57,7 @@ Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& ele
 }
 
 std::string returnText(const soap::Answer& answer) {
-  return answer.returnNode().text;
+  return answer.returnNode().text();
 }
 
 bool returnBool(const soap::Answer& answer) {

@@ -27,6 +27,9 @@ struct Operation {
   soap::Service service;
   Key key = Key::Sent;
   int32_t timeoutMs = kDefaultTimeout;
+  // When set, the endpoint is the one this one-letter service code names (see
+  // serviceUrlForCode) instead of the service's own.
+  const char* serviceCode = nullptr;
 };
 
 using Elements = std::vector<soap::Element>;
@@ -36,6 +39,10 @@ using FaultAlert = std::function<std::string(const soap::Node& fault)>;
 // "Fault:" then the code's local name, its namespace, the fault string and the detail, each
 // followed by one space.
 std::string genericFaultAlert(const soap::Node& fault);
+// Shows nothing: an alert text that is empty is not shown.
+inline std::string silentFault(const soap::Node&) {
+  return {};
+}
 
 enum class Outcome { Answered, Faulted, Failed };
 
@@ -49,9 +56,10 @@ Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& ele
 // The same for an operation with one result: `failure` unless the answer maps to one.
 template <class Result, class Read>
 Result call(ZylService::State& state, const Operation& op, const ElementsFn& elements,
-            Result failure, Read&& read) {
+            Result failure, Read&& read, const FaultAlert& alert = genericFaultAlert) {
   Result result = std::move(failure);
-  run(state, op, elements, [&](const soap::Answer& answer) { result = read(answer); });
+  run(
+      state, op, elements, [&](const soap::Answer& answer) { result = read(answer); }, alert);
   return result;
 }
 
@@ -62,5 +70,9 @@ inline Elements noElements() {
 // Answer readers for simple results: the return element's value.
 std::string returnText(const soap::Answer& answer);
 bool returnBool(const soap::Answer& answer);
+// For operations whose success is the absence of a fault: the answer itself is not read.
+inline bool trueWhenAnswered(const soap::Answer&) {
+  return true;
+}
 
 }  // namespace brenmoor::service

@@ -6,6 +6,8 @@
 #include <cctype>
 #include <map>
 #include <set>
+#include <unordered_map>
+#include <vector>
 
 #include "soap/failure.h"
 #include "soap/namespaces.h"
@@ -15,6 +17,9 @@ namespace {
 
 // Deeper answers are hostile, not real: no service record nests anywhere near this.
 constexpr int kMaxDepth = 128;
+// Nor does a real answer hold a million elements; each costs memory in every stage.
+constexpr size_t kMaxElements = 1'000'000;
+constexpr size_t kMaxTextContent = 16u << 20;
 
 std::string_view localName(std::string_view qname) {
   auto colon = qname.find(':');
@@ -26,40 +31,125 @@ std::string_view prefixOf(std::string_view qname) {
   return colon == std::string_view::npos ? std::string_view{} : qname.substr(0, colon);
 }
 
-// The URI bound to `prefix` where `at` stands (the default namespace for an empty prefix).
-std::string_view resolvePrefix(pugi::xml_node at, std::string_view prefix) {
-  std::string attr = prefix.empty() ? "xmlns" : "xmlns:" + std::string(prefix);
-  for (auto n = at; n; n = n.parent()) {
-    if (auto a = n.attribute(attr.c_str())) return a.value();
+pugi::xml_node firstElementChild(pugi::xml_node n) {
+  for (auto c = n.first_child(); c; c = c.next_sibling()) {
+    if (c.type() == pugi::node_element) return c;
   }
   return {};
 }
 
-std::string_view namespaceOf(pugi::xml_node element) {
-  return resolvePrefix(element, prefixOf(element.name()));
-}
-
-// An attribute by namespace URI and local name, whatever prefix the server chose.
-pugi::xml_attribute attributeNs(pugi::xml_node element, std::string_view ns,
-                                std::string_view local) {
-  for (auto a : element.attributes()) {
-    std::string_view name = a.name();
-    if (localName(name) != local) continue;
-    auto prefix = prefixOf(name);
-    if (!prefix.empty() && resolvePrefix(element, prefix) == ns) return a;
+pugi::xml_node nextElementSibling(pugi::xml_node n) {
+  for (auto s = n.next_sibling(); s; s = s.next_sibling()) {
+    if (s.type() == pugi::node_element) return s;
   }
   return {};
 }
 
-bool isNil(pugi::xml_node element) {
-  std::string_view v = attributeNs(element, kSchemaInstanceNs, "nil").value();
-  return v == "true" || v == "1";
-}
+// What the answer's elements mean once their prefixes are resolved.
+struct ElementFacts {
+  std::string_view ns;
+  std::string_view typeLocal;
+  std::string_view typeNs;
+  std::string_view valueNs;  // of a qualified-name text
+  bool nil = false;
+  bool referenceOnly = false;  // soapenc:root="0": reached through references only
+};
 
-bool isOnlyReachableByReference(pugi::xml_node entry) {
-  std::string_view v = attributeNs(entry, kEncodingNs, "root").value();
-  return v == "0" || v == "false";
-}
+// One pass over the document, in document order, keeping the namespace bindings in scope on
+// a stack: every prefix resolves in constant time, however deep or wide the answer is.
+class DocumentIndex {
+ public:
+  DocumentIndex(const pugi::xml_document& doc, std::string_view source) {
+    std::vector<std::vector<std::string_view>> declaredAt;
+    auto leave = [&] {
+      for (auto prefix : declaredAt.back()) bindings_[prefix].pop_back();
+      declaredAt.pop_back();
+    };
+    for (auto n = doc.document_element(); n;) {
+      if (facts_.size() == kMaxElements) {
+        throw Failure(kUnusableServer, "The answer from " + std::string(source) +
+                                           " holds more than " + std::to_string(kMaxElements) +
+                                           " elements");
+      }
+      declaredAt.emplace_back();
+      enter(n, declaredAt.back());
+      if (auto child = firstElementChild(n)) {
+        n = child;
+        continue;
+      }
+      for (;;) {
+        leave();
+        if (auto sibling = nextElementSibling(n)) {
+          n = sibling;
+          break;
+        }
+        n = n.parent();
+        if (n.type() != pugi::node_element) {
+          n = {};
+          break;
+        }
+      }
+    }
+  }
+
+  const ElementFacts& facts(pugi::xml_node e) const { return facts_.at(e.internal_object()); }
+
+  pugi::xml_node byId(std::string_view id) const {
+    auto found = ids_.find(id);
+    return found == ids_.end() ? pugi::xml_node() : found->second;
+  }
+
+ private:
+  std::string_view resolve(std::string_view prefix) const {
+    auto found = bindings_.find(prefix);
+    return found == bindings_.end() || found->second.empty() ? std::string_view{}
+                                                             : found->second.back();
+  }
+
+  void enter(pugi::xml_node e, std::vector<std::string_view>& declared) {
+    for (auto a : e.attributes()) {
+      std::string_view name = a.name();
+      if (name == "xmlns" || name.starts_with("xmlns:")) {
+        auto prefix = name == "xmlns" ? std::string_view{} : name.substr(6);
+        bindings_[prefix].push_back(a.value());
+        declared.push_back(prefix);
+      }
+    }
+    ElementFacts f;
+    std::string_view name = e.name();
+    f.ns = resolve(prefixOf(name));
+    for (auto a : e.attributes()) {
+      std::string_view attr = a.name();
+      std::string_view value = a.value();
+      auto prefix = prefixOf(attr);
+      if (prefix.empty() || prefix == "xmlns") {
+        if (attr == "id") ids_.emplace(value, e);
+        continue;
+      }
+      auto local = localName(attr);
+      auto ns = resolve(prefix);
+      if (ns == kSchemaInstanceNs && local == "nil") {
+        f.nil = value == "true" || value == "1";
+      } else if (ns == kSchemaInstanceNs && local == "type") {
+        f.typeLocal = localName(value);
+        f.typeNs = resolve(prefixOf(value));
+      } else if (ns == kEncodingNs && local == "root") {
+        f.referenceOnly = value == "0" || value == "false";
+      }
+    }
+    // Qualified-name values (fault codes) need their prefix resolved where they stand.
+    std::string_view text = e.child_value();
+    auto textPrefix = prefixOf(text);
+    if (!textPrefix.empty() && text.find_first_of(" /") == std::string_view::npos) {
+      f.valueNs = resolve(textPrefix);
+    }
+    facts_.emplace(e.internal_object(), f);
+  }
+
+  std::unordered_map<const void*, ElementFacts> facts_;
+  std::unordered_map<std::string_view, pugi::xml_node> ids_;
+  std::unordered_map<std::string_view, std::vector<std::string_view>> bindings_;
+};
 
 pugi::xml_encoding encodingFor(std::string_view charset, std::string_view source) {
   std::string c(charset);
@@ -78,32 +168,19 @@ pugi::xml_encoding encodingFor(std::string_view charset, std::string_view source
 }
 
 // Turns the Body's elements into nodes, following href references. Each multiRef is built once
-// and shared by every reference to it.
+// and its value shared by every reference to it.
 class TreeBuilder {
  public:
-  TreeBuilder(pugi::xml_node body, std::string_view source) : source_(source) {
-    for (auto n : body.select_nodes(".//*[@id]")) {
-      ids_.emplace(n.node().attribute("id").value(), n.node());
-    }
-  }
+  TreeBuilder(const DocumentIndex& index, std::string_view source)
+      : index_(index), source_(source) {}
 
   std::shared_ptr<const Node> build(pugi::xml_node element, int depth) {
     if (depth > kMaxDepth) fail("nests deeper than " + std::to_string(kMaxDepth) + " levels");
     auto node = std::make_shared<Node>();
     node->name = localName(element.name());
-    node->ns = namespaceOf(element);
-    node->nil = isNil(element);
-
+    node->ns = index_.facts(element).ns;
     std::string_view href = element.attribute("href").value();
-    if (!href.empty()) {
-      auto target = resolve(href, depth);
-      node->text = target->text;
-      node->valueNamespace = target->valueNamespace;
-      node->nil = node->nil || target->nil;
-      node->children = target->children;
-      return node;
-    }
-    fill(*node, element, depth);
+    node->value = href.empty() ? valueOf(element, depth) : resolve(href, depth);
     return node;
   }
 
@@ -112,85 +189,94 @@ class TreeBuilder {
     throw Failure(kUnusableServer, "The answer from " + source_ + " " + what);
   }
 
-  void fill(Node& node, pugi::xml_node element, int depth) {
+  std::shared_ptr<const NodeValue> valueOf(pugi::xml_node element, int depth) {
+    const ElementFacts& f = index_.facts(element);
+    auto value = std::make_shared<NodeValue>();
+    value->nil = f.nil;
+    value->type = f.typeLocal;
+    value->typeNamespace = f.typeNs;
+    value->valueNamespace = f.valueNs;
     for (auto c : element.children()) {
       if (c.type() == pugi::node_pcdata || c.type() == pugi::node_cdata) {
-        node.text += c.value();
+        value->text += c.value();
       } else if (c.type() == pugi::node_element) {
-        node.children.push_back(build(c, depth + 1));
+        value->children.push_back(build(c, depth + 1));
       }
     }
-    // Qualified-name values (fault codes) need their prefix resolved where they stand.
-    if (node.children.empty()) {
-      auto prefix = prefixOf(node.text);
-      if (!prefix.empty() && node.text.find_first_of(" /") == std::string::npos) {
-        node.valueNamespace = resolvePrefix(element, prefix);
-      }
-    }
+    if (!value->children.empty()) value->valueNamespace.clear();
+    return value;
   }
 
-  std::shared_ptr<const Node> resolve(std::string_view href, int depth) {
+  std::shared_ptr<const NodeValue> resolve(std::string_view href, int depth) {
     if (href.front() != '#') fail("refers to the external resource " + std::string(href));
     std::string id(href.substr(1));
     if (auto done = built_.find(id); done != built_.end()) return done->second;
-    auto target = ids_.find(id);
-    if (target == ids_.end()) fail("refers to the missing element #" + id);
+    auto target = index_.byId(id);
+    if (!target) fail("refers to the missing element #" + id);
     if (!inProgress_.insert(id).second) fail("holds a reference cycle through #" + id);
-    auto node = std::make_shared<Node>();
-    node->name = localName(target->second.name());
-    node->ns = namespaceOf(target->second);
-    node->nil = isNil(target->second);
-    fill(*node, target->second, depth + 1);
+    auto value = valueOf(target, depth);
     inProgress_.erase(id);
-    built_.emplace(id, node);
-    return node;
+    built_.emplace(id, value);
+    return value;
   }
 
+  const DocumentIndex& index_;
   std::string source_;
-  std::map<std::string, pugi::xml_node, std::less<>> ids_;
-  std::map<std::string, std::shared_ptr<const Node>, std::less<>> built_;
+  std::map<std::string, std::shared_ptr<const NodeValue>, std::less<>> built_;
   std::set<std::string, std::less<>> inProgress_;
 };
 
-pugi::xml_node childNs(pugi::xml_node parent, std::string_view ns, std::string_view local) {
-  for (auto c : parent.children()) {
-    if (c.type() == pugi::node_element && localName(c.name()) == local && namespaceOf(c) == ns) {
-      return c;
-    }
+pugi::xml_node childNs(const DocumentIndex& index, pugi::xml_node parent, std::string_view ns,
+                       std::string_view local) {
+  for (auto c = firstElementChild(parent); c; c = nextElementSibling(c)) {
+    if (localName(c.name()) == local && index.facts(c).ns == ns) return c;
   }
   return {};
 }
 
-std::string serverFaultText(pugi::xml_node fault) {
+std::string serverFaultText(const DocumentIndex& index, pugi::xml_node fault) {
   auto code = fault.child("faultcode");
-  std::string_view codeText = code.text().get();
-  std::string_view codeNs = resolvePrefix(code, prefixOf(codeText));
   std::string text;
-  if (codeNs != kEnvelopeNs) text = "{" + std::string(codeNs) + "}";
-  text += localName(codeText);
+  if (code && index.facts(code).valueNs != kEnvelopeNs) {
+    text = "{" + std::string(index.facts(code).valueNs) + "}";
+  }
+  text += localName(code.child_value());
   text += " : ";
-  text += fault.child("faultstring").text().get();
+  text += fault.child("faultstring").child_value();
   return text;
+}
+
+void appendTextContent(const Node& node, std::string& out) {
+  if (out.size() + node.text().size() > kMaxTextContent) {
+    throw Failure(kGeneralFailure, "The text of answer element <" + node.name + "> exceeds " +
+                                       std::to_string(kMaxTextContent >> 20) + " MiB");
+  }
+  out += node.text();
+  for (const auto& c : node.children()) appendTextContent(*c, out);
 }
 
 }  // namespace
 
 const Node* Node::child(std::string_view childName) const {
-  for (const auto& c : children) {
+  for (const auto& c : children()) {
     if (c->name == childName && c->ns.empty()) return c.get();
   }
   return nullptr;
 }
 
 std::string Node::textContent() const {
-  // Referenced subtrees may be shared, but never cyclic: the builder refuses cycles.
-  std::string all = text;
-  for (const auto& c : children) all += c->textContent();
+  // Shared values make a tree that is small in memory but may be huge when spelt out.
+  std::string all;
+  appendTextContent(*this, all);
   return all;
 }
 
 std::string_view Node::valueLocalName() const {
-  return localName(text);
+  return localName(text());
+}
+
+bool Node::isDateTime() const {
+  return value->type == "dateTime" && value->typeNamespace == kSchemaNs;
 }
 
 Answer Answer::parse(std::string_view body, std::string_view charset, std::string_view source) {
@@ -208,21 +294,22 @@ Answer Answer::parse(std::string_view body, std::string_view charset, std::strin
     fail("is not well-formed XML: " + std::string(parsed.description()) + " at byte " +
          std::to_string(parsed.offset));
   }
+  const DocumentIndex index(doc, source);
   auto envelope = doc.document_element();
-  if (localName(envelope.name()) != "Envelope" || namespaceOf(envelope) != kEnvelopeNs) {
+  if (localName(envelope.name()) != "Envelope" || index.facts(envelope).ns != kEnvelopeNs) {
     fail("is not a SOAP envelope (its root element is <" + std::string(envelope.name()) + ">)");
   }
-  auto body_ = childNs(envelope, kEnvelopeNs, "Body");
-  if (!body_) fail("has no SOAP Body");
+  auto soapBody = childNs(index, envelope, kEnvelopeNs, "Body");
+  if (!soapBody) fail("has no SOAP Body");
 
-  auto first = body_.find_child([](pugi::xml_node n) { return n.type() == pugi::node_element; });
-  if (first && localName(first.name()) == "Fault" && namespaceOf(first) == kEnvelopeNs) {
-    throw Failure(kServerFault, serverFaultText(first));
+  auto first = firstElementChild(soapBody);
+  if (first && localName(first.name()) == "Fault" && index.facts(first).ns == kEnvelopeNs) {
+    throw Failure(kServerFault, serverFaultText(index, first));
   }
 
-  TreeBuilder builder(body_, source);
-  for (auto entry : body_.children()) {
-    if (entry.type() != pugi::node_element || isOnlyReachableByReference(entry)) continue;
+  TreeBuilder builder(index, source);
+  for (auto entry = first; entry; entry = nextElementSibling(entry)) {
+    if (index.facts(entry).referenceOnly) continue;
     answer.parameters_.push_back(builder.build(entry, 0));
   }
   return answer;
@@ -241,11 +328,11 @@ bool Answer::isFault() const {
 
 const Node& Answer::returnNode() const {
   const Node& wrapper = firstParameter();
-  if (wrapper.children.empty()) {
+  if (wrapper.children().empty()) {
     throw Failure(kGeneralFailure,
                   "The answer from " + source_ + " has no return value in <" + wrapper.name + ">");
   }
-  return *wrapper.children.front();
+  return *wrapper.children().front();
 }
 
 }  // namespace brenmoor::soap

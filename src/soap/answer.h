@@ -1,6 +1,7 @@
 #pragma once
 // The answer tree: a parsed rpc/encoded SOAP answer with its multiRef references resolved, so
-// that readers see plain nested nodes.
+// that readers see plain nested nodes. A multiRef is read once; every reference to it shares
+// its value, so answers that refer to one element many times stay small.
 
 #include <memory>
 #include <string>
@@ -9,21 +10,37 @@
 
 namespace brenmoor::soap {
 
-struct Node {
-  std::string name;            // local name
-  std::string ns;              // namespace URI, empty for unqualified elements
+struct Node;
+
+// What an element holds; shared by a multiRef and every element that refers to it.
+struct NodeValue {
   std::string text;            // the element's own character data
   std::string valueNamespace;  // for a qualified-name value (a fault code): its prefix's URI
+  std::string type;            // local name of the xsi:type, empty when untyped
+  std::string typeNamespace;   // namespace URI of the xsi:type
   bool nil = false;            // xsi:nil="true" or "1"
-  // Element children in document order. A referenced multiRef is shared, never copied.
-  std::vector<std::shared_ptr<const Node>> children;
+  std::vector<std::shared_ptr<const Node>> children;  // element children in document order
+};
 
+struct Node {
+  std::string name;  // local name
+  std::string ns;    // namespace URI, empty for unqualified elements
+  std::shared_ptr<const NodeValue> value;
+
+  const std::string& text() const { return value->text; }
+  bool nil() const { return value->nil; }
+  const std::vector<std::shared_ptr<const Node>>& children() const { return value->children; }
   // The first child with this local name and no namespace, or null.
   const Node* child(std::string_view childName) const;
-  // The text of the node and all its descendants, in document order.
+  // The text of the node and all its descendants, in document order. Throws Failure beyond
+  // 16 MiB, which only a hostile answer reaches (by referring to the same text many times).
   std::string textContent() const;
-  // The local part of a qualified-name value ("ns1:Duplicate" gives "Duplicate").
+  // The local part of a qualified-name value ("ns1:Duplicate" gives "Duplicate"), and the URI
+  // its prefix stands for.
   std::string_view valueLocalName() const;
+  const std::string& valueNamespace() const { return value->valueNamespace; }
+  // Whether the node is typed xsd:dateTime.
+  bool isDateTime() const;
 };
 
 class Answer {

@@ -1,5 +1,7 @@
 #include "util/convert.h"
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <limits>
 #include <string>
@@ -36,9 +38,19 @@ Int toInteger(std::string_view text, const char* type) {
 
 bool toBool(std::string_view text) {
   auto t = trimmed(text);
-  if (t == "true" || t == "1") return true;
-  if (t == "false" || t == "0") return false;
-  mismatch(text, "a boolean");
+  auto is = [&](std::string_view word) {
+    return t.size() == word.size() &&
+           std::equal(t.begin(), t.end(), word.begin(), [](char a, char b) {
+             return std::tolower(static_cast<unsigned char>(a)) == b;
+           });
+  };
+  if (is("true")) return true;
+  if (is("false")) return false;
+  // Any number reads as a boolean too: zero is false.
+  double number = 0;
+  auto [end, ec] = std::from_chars(t.data(), t.data() + t.size(), number);
+  if (t.empty() || ec != std::errc() || end != t.data() + t.size()) mismatch(text, "a boolean");
+  return number != 0;
 }
 
 int32_t toInt32(std::string_view text) {
