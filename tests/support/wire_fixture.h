@@ -1,0 +1,51 @@
+#pragma once
+// A ZylService pointed at a scripted loopback server, with a recording host and alerts off.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "brenmoor/zyl_service.h"
+#include "recording_host.h"
+#include "scripted_server.h"
+#include "soap_answers.h"
+
+namespace brenmoor::testing {
+
+class WireTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    host = std::make_shared<RecordingHost>();
+    service.setHost(host);
+    service.ShowAlerts(false);
+    service.SetServiceBaseUrl(server.baseUrl());
+  }
+
+  // Scripts the next answer: <opResponse> holding `returnXml` and then `entries`.
+  void answer(const std::string& op, const std::string& returnXml,
+              const std::string& entries = "") {
+    server.enqueue(
+        Reply::xml(soapEnvelope("<ns1:" + op + "Response xmlns:ns1=\"urn:telvane-main\">" +
+                                returnXml + "</ns1:" + op + "Response>" + entries)));
+  }
+  void answerScalar(const std::string& op, const std::string& value,
+                    const std::string& type = "string") {
+    server.enqueue(Reply::xml(scalarAnswer(op, value, type)));
+  }
+  std::string lastBody() const { return server.lastRequest().body; }
+  // The request's elements: the text between the operation's start and end tags.
+  std::string lastElements(const std::string& op) const {
+    std::string body = lastBody();
+    auto open = body.find("<a:" + op + ">");
+    if (open == std::string::npos) return "<no " + op + " request>";
+    open += op.size() + 4;
+    return body.substr(open, body.find("</a:" + op + ">") - open);
+  }
+
+  ScriptedServer server;
+  std::shared_ptr<RecordingHost> host;
+  ZylService service;
+};
+
+}  // namespace brenmoor::testing
