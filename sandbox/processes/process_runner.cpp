@@ -13,10 +13,10 @@ constexpr int kSteps = 10;
 constexpr int kMaxRunning = 64;
 constexpr std::size_t kMaxRemembered = 1000;
 
+// Names the item being worked on: "Clearing templates 2 of 5".
 std::string progress_message(const ProcessPlan& plan, int steps_done) {
-  const int items_done = plan.item_count * steps_done / kSteps;
-  return plan.activity + " " + std::to_string(items_done) + " of " +
-         std::to_string(plan.item_count);
+  const int item = (plan.item_count * steps_done + kSteps - 1) / kSteps;
+  return plan.activity + " " + std::to_string(item) + " of " + std::to_string(plan.item_count);
 }
 
 }  // namespace

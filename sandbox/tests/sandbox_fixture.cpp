@@ -28,6 +28,11 @@ std::string Answer::fault_string() const {
       .get();
 }
 
+pugi::xml_node Answer::application_fault() const {
+  const pugi::xml_node entry = document.document_element().first_child().first_child();
+  return std::string_view(entry.name()) == "ns1:Fault" ? entry : pugi::xml_node();
+}
+
 std::string arg(std::string_view name, std::string_view type, std::string_view text) {
   return "<" + std::string(name) + " XI:type=\"XS:" + std::string(type) + "\">" +
          std::string(text) + "</" + std::string(name) + ">";
@@ -35,6 +40,8 @@ std::string arg(std::string_view name, std::string_view type, std::string_view t
 
 void SandboxTest::SetUp() {
   data_dir_ = std::filesystem::temp_directory_path() / ("telvane-sandbox-test-" + random_hex(8));
+  options_.data_dir = data_dir_;
+  options_.version = "9.8.7.6";
   start_server();
 }
 
@@ -45,10 +52,7 @@ void SandboxTest::TearDown() {
 }
 
 void SandboxTest::start_server() {
-  ServerOptions options;
-  options.data_dir = data_dir_;
-  options.version = "9.8.7.6";
-  server_ = std::make_unique<SandboxServer>(options);
+  server_ = std::make_unique<SandboxServer>(options_);
   const int port = server_->start();
   client_ = std::make_unique<httplib::Client>("127.0.0.1", port);
 }

@@ -29,6 +29,8 @@ struct Answer {
   pugi::xml_node referenced(pugi::xml_node reference) const;
   pugi::xml_node return_element() const;
   std::string fault_string() const;
+  // The service's own Fault entry of an application fault; empty otherwise.
+  pugi::xml_node application_fault() const;
 };
 
 // An argument element as the client writes it: <name XI:type="XS:type">text</name>.
@@ -40,6 +42,7 @@ class SandboxTest : public ::testing::Test {
   void SetUp() override;
   void TearDown() override;
 
+  // Serves from data_dir_ with options_, which tests may change before a restart.
   void start_server();
   void stop_server() { server_.reset(); }
 
@@ -57,6 +60,7 @@ class SandboxTest : public ::testing::Test {
   std::string key_with(std::int64_t counter) const;
 
   std::filesystem::path data_dir_;
+  ServerOptions options_;
   std::unique_ptr<SandboxServer> server_;
   std::unique_ptr<httplib::Client> client_;
   std::string token_;

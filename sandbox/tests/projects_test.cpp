@@ -1,0 +1,116 @@
+#include "project_fixture.h"
+#include "store/database.h"
+#include "store/deployment_store.h"
+
+namespace sandbox::testing {
+namespace {
+
+TEST_F(ProjectTest, ProjectsBelongToTheSelectedAccountAndRefuseDuplicateNames) {
+  login();
+  const Answer no_account = main(
+      "createProject", key() + arg("name", "string", "Demo") + arg("description", "string", ""));
+  EXPECT_EQ(no_account.fault_string(), "java.lang.Exception: No account selected");
+
+  sign_in();
+  const std::string project = create_project("Demo");
+  const Answer duplicate = main(
+      "createProject", key() + arg("name", "string", "Demo") + arg("description", "string", "x"));
+  EXPECT_EQ(fault_code(duplicate), "tv:DuplicateName");
+  EXPECT_EQ(detail_id(duplicate), "1");
+  EXPECT_EQ(detail_id(main("deleteProject", key() + arg("projectGuid", "string", "nope") +
+                                                arg("doUndeploy", "boolean", "true"))),
+            "2");
+
+  main("setProjectType",
+       key() + arg("projectGuid", "string", project) + arg("type", "string", "webcast"));
+  const pugi::xml_node info =
+      first_record(main("getProjectListByType_Array", key() + arg("type", "string", "webcast")));
+  EXPECT_STREQ(info.child("typeID").text().get(), "webcast");
+  EXPECT_STREQ(info.child("creator").text().get(), "demo@example.com");
+  EXPECT_STREQ(info.child("eventStart").attribute("xsi:nil").value(), "true");
+
+  sign_in(1002);
+  EXPECT_EQ(main("projectExists", key() + arg("projectGuid", "string", project)).value(), "false");
+}
+
+TEST_F(ProjectTest, CopiesReplaceSameNamedTemplatesOnlyWhenAllowed) {
+  sign_in();
+  const std::string project = create_project("Demo");
+  const std::string first = copy_template("tpl-title-page", project, false).value();
+  EXPECT_EQ(detail_id(copy_template("tpl-title-page", project, false)), "1");
+
+  // Replacing a template by a copy of itself keeps its components.
+  const std::string second = copy_template(first, project, true).value();
+  EXPECT_NE(second, first);
+  EXPECT_EQ(main("templateExists", key() + arg("tGuid", "string", first)).value(), "false");
+  const Answer logo = components(second, "Logo", "");
+  const pugi::xml_node src = logo.referenced(first_record(logo).child("properties").first_child());
+  EXPECT_STREQ(src.child("name").text().get(), "src");
+  EXPECT_STREQ(src.child("value").text().get(), "logo.png");
+
+  apply_theme("theme-corporate", project);
+  const Answer listed = project_templates(project, false);
+  std::vector<std::string> names;
+  for (pugi::xml_node item : listed.return_element().children()) {
+    const pugi::xml_node info = listed.referenced(item);
+    names.emplace_back(info.child("name").text().get());
+    EXPECT_STRNE(info.child("guid").text().get(), second.c_str());
+  }
+  EXPECT_EQ(names, (std::vector<std::string>{"Q&A Panel", "Title Page", "Video Player"}));
+
+  EXPECT_EQ(
+      fault_code(main("deleteTemplate", key() + arg("templateGuid", "string", "tpl-qa-panel") +
+                                            arg("doUndeploy", "boolean", "false"))),
+      "tv:CatalogTemplate");
+}
+
+TEST_F(ProjectTest, NestsDeploymentsPropertiesAndThemeTemplatesAsReferencedRecords) {
+  sign_in();
+  const std::string project = create_project("Demo");
+  const std::string copy = copy_template("tpl-title-page", project, false).value();
+  DeploymentReceipt receipt;
+  {
+    Database db(data_dir_ / "sandbox.sqlite3");
+    receipt = deploy_template(db, copy, server_->base_url());
+  }
+
+  const Answer with = project_templates(project, true);
+  const pugi::xml_node deployment = with.referenced(first_record(with).child("deploymentInfo"));
+  EXPECT_STREQ(deployment.attribute("xsi:type").value(), "ns2:DeploymentInfo");
+  EXPECT_STREQ(deployment.child("deployed").text().get(), "true");
+  EXPECT_EQ(deployment.child("versionGuid").text().get(), receipt.version_guid);
+  EXPECT_FALSE(first_record(project_templates(project, false)).child("deploymentInfo"));
+
+  const Answer text_blocks = components(copy, "", "TextBlock");
+  EXPECT_EQ(array_type(text_blocks), "ns2:Component[1]");
+  const pugi::xml_node properties = first_record(text_blocks).child("properties");
+  EXPECT_STREQ(properties.attribute("soapenc:arrayType").value(), "ns2:Property[2]");
+  EXPECT_STREQ(text_blocks.referenced(properties.first_child()).attribute("xsi:type").value(),
+               "ns2:Property");
+
+  const Answer theme = main("getThemeInfo", key() + arg("guid", "string", "theme-classroom"));
+  const pugi::xml_node list = theme.referenced(theme.return_element()).child("themeTemplateList");
+  EXPECT_STREQ(list.attribute("soapenc:arrayType").value(), "ns2:ThemeTemplate[2]");
+  EXPECT_STREQ(theme.referenced(list.first_child()).child("templateGuid").text().get(),
+               "tpl-title-page");
+
+  const auto deployed = [&](std::string_view type) {
+    return main("hasDeployedTemplate",
+                key() + arg("projectGuid", "string", project) + arg("templateType", "string", type))
+        .value();
+  };
+  EXPECT_EQ(deployed("page"), "true");
+  EXPECT_EQ(deployed("player"), "false");
+  const Answer statuses = main(
+      "getDeploymentStatusList_Array",
+      key() + "<deploymentGuidList XI:type=\"E:Array\" E:arrayType=\"XS:string[2]\" xmlns:E=\"" +
+          "http://schemas.xmlsoap.org/soap/encoding/\"><i>" + receipt.deployment_guid +
+          "</i><i>nope</i></deploymentGuidList>");
+  EXPECT_STREQ(first_record(statuses).child("state").text().get(), "deployed");
+  EXPECT_STREQ(
+      statuses.referenced(statuses.return_element().last_child()).child("state").text().get(),
+      "unknown");
+}
+
+}  // namespace
+}  // namespace sandbox::testing
