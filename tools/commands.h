@@ -30,5 +30,7 @@ bool signIn(ZylService& service, Context& context);
 // One function per subcommand group.
 void addServerCommands(CLI::App& app, Context& context);
 void addAccountCommands(CLI::App& app, Context& context);
+void addProjectCommands(CLI::App& app, Context& context);
+void addTemplateCommands(CLI::App& app, Context& context);
 
 }  // namespace brenmoor::cli

@@ -20,6 +20,8 @@ int main(int argc, char** argv) {
   app.add_option("--account", context.account, "Account id to select after signing in");
   brenmoor::cli::addServerCommands(app, context);
   brenmoor::cli::addAccountCommands(app, context);
+  brenmoor::cli::addProjectCommands(app, context);
+  brenmoor::cli::addTemplateCommands(app, context);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

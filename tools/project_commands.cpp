@@ -1,0 +1,128 @@
+// Subcommands about projects, templates, themes and their long-running work.
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <thread>
+
+#include "commands.h"
+
+namespace brenmoor::cli {
+namespace {
+
+// Runs `body` against a signed-in service with the context's account selected.
+template <class Body>
+auto signedIn(Context& context, Body body) {
+  return [&context, body] {
+    ZylService service;
+    if (!signIn(service, context)) return;
+    body(service);
+    service.logout();
+  };
+}
+
+void printProject(const ProjectInfo& p) {
+  std::cout << p.guid() << '\t' << p.name() << '\t' << p.description() << '\n';
+}
+
+}  // namespace
+
+void addProjectCommands(CLI::App& app, Context& context) {
+  auto* projects = app.add_subcommand("projects", "Projects of the selected account");
+  projects->require_subcommand(1);
+
+  // Option values live as long as the callbacks that read them.
+  struct Args {
+    std::string type, name, description, guid;
+  };
+  auto args = std::make_shared<Args>();
+
+  auto* list = projects->add_subcommand("list", "One project per line: guid, name, description");
+  list->add_option("--type", args->type, "Only projects of this type");
+  list->callback(signedIn(context, [&context, args](ZylService& service) {
+    auto all = service.getProjectList(args->type);
+    if (!all) return void(context.status = failed(service, "listing projects"));
+    for (const auto& p : *all) printProject(*p);
+  }));
+
+  auto* create = projects->add_subcommand("create", "Create a project and print its guid");
+  create->add_option("name", args->name)->required();
+  create->add_option("--description", args->description);
+  create->callback(signedIn(context, [&context, args](ZylService& service) {
+    std::string guid = service.createProject(args->name, args->description);
+    if (guid.empty()) return void(context.status = failed(service, "creating the project"));
+    std::cout << guid << '\n';
+  }));
+
+  auto* remove = projects->add_subcommand("delete", "Delete a project, undeploying it");
+  remove->add_option("guid", args->guid)->required();
+  remove->callback(signedIn(context, [&context, args](ZylService& service) {
+    if (!service.deleteProject(args->guid))
+      context.status = failed(service, "deleting the project");
+  }));
+
+  auto* clear = projects->add_subcommand("clear", "Empty a project, showing the progress");
+  clear->add_option("guid", args->guid)->required();
+  clear->callback(signedIn(context, [&context, args](ZylService& service) {
+    std::string proc = service.clearProject_Async(args->guid, true);
+    if (proc.empty()) return void(context.status = failed(service, "starting to clear"));
+    // The service does the work; we look in on it, for a bounded time.
+    for (int polls = 0; polls < 600 && !service.isProcessComplete(proc); ++polls) {
+      std::cerr << service.getProcessPercentComplete(proc) << "% "
+                << service.getProcessMessage(proc) << '\n';
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+    if (!service.clearProject_Result(proc)) context.status = failed(service, "clearing");
+  }));
+}
+
+void addTemplateCommands(CLI::App& app, Context& context) {
+  struct Args {
+    std::string type, templateGuid, projectGuid, name, themeGuid;
+  };
+  auto args = std::make_shared<Args>();
+
+  auto* templates = app.add_subcommand("templates", "The template catalog and project templates");
+  templates->require_subcommand(1);
+  auto* list = templates->add_subcommand("list", "One template per line: guid, name, type");
+  list->add_option("--type", args->type, "Only templates of this type");
+  list->add_option("--project", args->projectGuid, "The templates of this project instead");
+  list->callback(signedIn(context, [&context, args](ZylService& service) {
+    auto all = args->projectGuid.empty()
+                   ? service.getTemplateList(args->type, "getTemplateList_Array")
+                   : service.getProjectTemplateList(args->projectGuid);
+    if (!all) return void(context.status = failed(service, "listing templates"));
+    for (const auto& t : *all) {
+      std::cout << t->guid() << '\t' << t->name() << '\t' << t->templateType() << '\n';
+    }
+  }));
+  auto* copy = templates->add_subcommand("copy", "Copy a template into a project");
+  copy->add_option("template", args->templateGuid)->required();
+  copy->add_option("project", args->projectGuid)->required();
+  copy->add_option("name", args->name)->required();
+  copy->callback(signedIn(context, [&context, args](ZylService& service) {
+    std::string guid =
+        service.copyTemplate(args->templateGuid, args->projectGuid, args->name, false);
+    if (guid.empty()) return void(context.status = failed(service, "copying the template"));
+    std::cout << guid << '\n';
+  }));
+
+  auto* themes = app.add_subcommand("themes", "Themes: named sets of templates");
+  themes->require_subcommand(1);
+  themes->add_subcommand("list", "One theme per line: guid, name")
+      ->callback(signedIn(context, [&context, args](ZylService& service) {
+        auto all = service.getThemeList("", "getThemeList_Array");
+        if (!all) return void(context.status = failed(service, "listing themes"));
+        for (const auto& t : *all) std::cout << t->guid() << '\t' << t->name() << '\n';
+      }));
+  auto* apply = themes->add_subcommand("apply", "Copy a theme's templates into a project");
+  apply->add_option("theme", args->themeGuid)->required();
+  apply->add_option("project", args->projectGuid)->required();
+  apply->callback(signedIn(context, [&context, args](ZylService& service) {
+    if (!service.applyTheme(args->themeGuid, args->projectGuid)) {
+      context.status = failed(service, "applying the theme");
+    }
+  }));
+}
+
+}  // namespace brenmoor::cli
