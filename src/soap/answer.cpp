@@ -246,13 +246,15 @@ std::string serverFaultText(const DocumentIndex& index, pugi::xml_node fault) {
   return text;
 }
 
-void appendTextContent(const Node& node, std::string& out) {
-  if (out.size() + node.text().size() > kMaxTextContent) {
-    throw Failure(kGeneralFailure, "The text of answer element <" + node.name + "> exceeds " +
-                                       std::to_string(kMaxTextContent >> 20) + " MiB");
+// Spells out the text of a subtree. Shared values make a tree small in memory but possibly
+// exponential when walked, so both the text and the walk are bounded.
+void appendTextContent(const Node& node, std::string& out, size_t& visitsLeft) {
+  if (visitsLeft-- == 0 || out.size() + node.text().size() > kMaxTextContent) {
+    throw Failure(kGeneralFailure,
+                  "The text of answer element <" + node.name + "> is too large to spell out");
   }
   out += node.text();
-  for (const auto& c : node.children()) appendTextContent(*c, out);
+  for (const auto& c : node.children()) appendTextContent(*c, out, visitsLeft);
 }
 
 }  // namespace
@@ -265,9 +267,9 @@ const Node* Node::child(std::string_view childName) const {
 }
 
 std::string Node::textContent() const {
-  // Shared values make a tree that is small in memory but may be huge when spelt out.
   std::string all;
-  appendTextContent(*this, all);
+  size_t visitsLeft = kMaxElements;
+  appendTextContent(*this, all, visitsLeft);
   return all;
 }
 

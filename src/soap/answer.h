@@ -33,7 +33,8 @@ struct Node {
   // The first child with this local name and no namespace, or null.
   const Node* child(std::string_view childName) const;
   // The text of the node and all its descendants, in document order. Throws Failure beyond
-  // 16 MiB, which only a hostile answer reaches (by referring to the same text many times).
+  // 16 MiB of text or a million nodes walked, which only a hostile answer reaches (by referring
+  // to the same elements many times).
   std::string textContent() const;
   // The local part of a qualified-name value ("ns1:Duplicate" gives "Duplicate"), and the URI
   // its prefix stands for.
