@@ -35,6 +35,20 @@ cli guid
 cli compatible
 cli --user demo@example.com --password demo accounts
 cli --user demo@example.com --password demo --account 1001 login
+
+as_demo=(--user demo@example.com --password demo --account 1001)
+cli "${as_demo[@]}" templates list
+cli "${as_demo[@]}" themes list
+echo "\$ brenmoor ${as_demo[*]} projects create Launch --description 'Spring launch'"
+project=$(./build/tools/brenmoor --url "$url" "${as_demo[@]}" projects create Launch --description "Spring launch")
+echo "$project"
+echo
+cli "${as_demo[@]}" templates copy tpl-video-player "$project" "Keynote video"
+cli "${as_demo[@]}" themes apply theme-classroom "$project"
+cli "${as_demo[@]}" templates list --project "$project"
+cli "${as_demo[@]}" projects clear "$project"
+cli "${as_demo[@]}" projects list
+cli "${as_demo[@]}" projects delete "$project"
 echo "\$ brenmoor --user demo@example.com --password wrong accounts   (fails on purpose)"
 ./build/tools/brenmoor --url "$url" --user demo@example.com --password wrong accounts || echo "exit status $?"
 echo
