@@ -23,8 +23,9 @@ TEST_F(ProjectTest, ProjectsBelongToTheSelectedAccountAndRefuseDuplicateNames) {
 
   main("setProjectType",
        key() + arg("projectGuid", "string", project) + arg("type", "string", "webcast"));
-  const pugi::xml_node info =
-      first_record(main("getProjectListByType_Array", key() + arg("type", "string", "webcast")));
+  // The answer owns the document that the record node points into.
+  const Answer list = main("getProjectListByType_Array", key() + arg("type", "string", "webcast"));
+  const pugi::xml_node info = first_record(list);
   EXPECT_STREQ(info.child("typeID").text().get(), "webcast");
   EXPECT_STREQ(info.child("creator").text().get(), "demo@example.com");
   EXPECT_STREQ(info.child("eventStart").attribute("xsi:nil").value(), "true");
