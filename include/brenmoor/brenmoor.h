@@ -2,6 +2,7 @@
 // Brenmoor: the client library of the Telvane services.
 
 #include "brenmoor/collection.h"
+#include "brenmoor/data_record.h"
 #include "brenmoor/date.h"
 #include "brenmoor/deployment.h"
 #include "brenmoor/error.h"

@@ -17,6 +17,9 @@ class Field {
  public:
   using value_type = T;
 
+  Field() = default;
+  explicit Field(T initial) : value_(std::move(initial)) {}
+
   const T& operator()() const noexcept { return value_; }
   void set(T value) { value_ = std::move(value); }
   Field& operator=(T value) {
@@ -32,6 +35,10 @@ template <class T>
 class FlaggedField {
  public:
   using value_type = T;
+
+  FlaggedField() = default;
+  // A starting value that does not count as set: the flag stays down.
+  explicit FlaggedField(T initial) : value_(std::move(initial)) {}
 
   const T& operator()() const noexcept { return value_; }
   void set(T value) {

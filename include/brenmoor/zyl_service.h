@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "brenmoor/collection.h"
+#include "brenmoor/data_record.h"
 #include "brenmoor/deployment.h"
 #include "brenmoor/host.h"
 #include "brenmoor/project.h"
@@ -178,6 +179,28 @@ class ZylService {
                                       const std::string& deploymentPath = "");
   std::shared_ptr<Collection<DeploymentStatusInfo>> getDeploymentStatusList(
       const std::vector<std::string>& deploymentGuidList);
+
+  // --- Data records -----------------------------------------------------------------------
+  // The record the service keeps for these templates. After a fault (no message box) a new
+  // record without entries; after a failure, null.
+  std::shared_ptr<DataRecord> getDataRecord(const std::vector<std::string>& templateGuid);
+  // A record built from a theme's templates, with sources, button texts and (from services
+  // 3.2.4.59 on) sizes. Fault and failure as getDataRecord().
+  std::shared_ptr<DataRecord> getThemeDataRecord(const std::string& themeGuid);
+  // One entry of a template's record, by guid or by label. After a fault a new, empty entry.
+  std::shared_ptr<DataRecordEntry> getDataRecordEntry(const std::string& templateGuid,
+                                                      const std::string& dreGuid,
+                                                      const std::string& dreLabel);
+  // Stores a record in a project and returns the service's answer (the record's guid). Each
+  // entry needs a guid: only the first one of each entry is sent.
+  std::string createDataRecord(const DataRecord& dr, const std::string& projectGuid,
+                               bool overwriteExisting);
+  std::string setDataRecordSyncData(const std::string& drGuid, const std::string& templateGuid,
+                                    const std::string& syncXML);
+  // Deploys the templates with the records; one deployment guid per template, empty after a
+  // fault or failure.
+  std::vector<std::string> Deploy(const std::vector<std::string>& datarecordGuid,
+                                  const std::vector<std::string>& templateGuid);
 
   struct State;
 

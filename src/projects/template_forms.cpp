@@ -21,15 +21,6 @@ int32_t childNumber(pugi::xml_node e, const char* name) {
   return child ? util::toInt32(util::nodeTextOrDefault(child, "")) : 0;
 }
 
-pugi::xml_node documentElement(pugi::xml_document& doc, std::string_view xml) {
-  auto parsed = doc.load_buffer(xml.data(), xml.size());
-  if (!parsed) {
-    throw Error(Error::InvalidArgument,
-                std::string("The text is not well-formed XML: ") + parsed.description());
-  }
-  return doc.document_element();
-}
-
 std::string upper(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
                  [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
@@ -64,7 +55,7 @@ void TemplateInfo::readXML(pugi::xml_node e) {
 
 void TemplateInfo::readXML(std::string_view xml) {
   pugi::xml_document doc;
-  readXML(documentElement(doc, xml));
+  readXML(util::loadDocumentElement(doc, xml));
 }
 
 std::string ThemeInfo::getXML() const {
@@ -103,7 +94,7 @@ void ThemeInfo::readXML(pugi::xml_node e) {
 
 void ThemeInfo::readXML(std::string_view xml) {
   pugi::xml_document doc;
-  readXML(documentElement(doc, xml));
+  readXML(util::loadDocumentElement(doc, xml));
 }
 
 std::string Component::getPropertyValue(const std::string& name) const {

@@ -25,8 +25,9 @@ namespace brenmoor::util {
 
 class RecordReader {
  public:
-  // What a child missing from the answer does: fail the operation, or leave the field alone.
-  enum class Missing { Fails, KeepsDefault };
+  // What a child missing from the answer does: fail the operation, leave the field alone, or
+  // set the field's empty value (raising its flag).
+  enum class Missing { Fails, KeepsDefault, SetsEmpty };
   // Which date children are read: every one that is not nil, or only those typed xsd:dateTime.
   enum class Dates { UnlessNil, OnlyTyped };
 
@@ -48,7 +49,10 @@ class RecordReader {
   void operator()(std::string_view name, Prop& property) const {
     using T = typename Prop::value_type;
     const soap::Node* child = this->child(name);
-    if (!child) return;
+    if (!child) {
+      if (missing_ == Missing::SetsEmpty) property.set(T{});
+      return;
+    }
     if constexpr (std::is_same_v<T, Date>) {
       if (dates_ == Dates::OnlyTyped && !child->isDateTime()) return;
     }

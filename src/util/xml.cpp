@@ -32,6 +32,15 @@ std::string nodeTextOrDefault(const pugi::xpath_node& node, std::string_view fal
   return nodeTextOrDefault(node.node(), fallback);
 }
 
+pugi::xml_node loadDocumentElement(pugi::xml_document& doc, std::string_view xml) {
+  auto parsed = doc.load_buffer(xml.data(), xml.size());
+  if (!parsed) {
+    throw Error(Error::InvalidArgument,
+                std::string("The text is not well-formed XML: ") + parsed.description());
+  }
+  return doc.document_element();
+}
+
 std::string selectText(std::string_view xml, const char* xpath) {
   if (xml.empty()) return {};
   pugi::xml_document doc;

@@ -16,6 +16,10 @@ std::string attributeOrDefault(pugi::xml_node element, const char* name, std::st
 std::string nodeTextOrDefault(pugi::xml_node node, std::string_view fallback);
 std::string nodeTextOrDefault(const pugi::xpath_node& node, std::string_view fallback);
 
+// Loads `xml` into `doc` and returns its root element. Throws Error::InvalidArgument when the
+// text is not well-formed.
+pugi::xml_node loadDocumentElement(pugi::xml_document& doc, std::string_view xml);
+
 // The text of the first node of `xml` that `xpath` selects; empty when the text is empty or
 // not well-formed, or nothing matches. Throws Error::InvalidArgument for a bad expression.
 std::string selectText(std::string_view xml, const char* xpath);
