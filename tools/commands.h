@@ -32,5 +32,6 @@ void addServerCommands(CLI::App& app, Context& context);
 void addAccountCommands(CLI::App& app, Context& context);
 void addProjectCommands(CLI::App& app, Context& context);
 void addTemplateCommands(CLI::App& app, Context& context);
+void addRecordCommands(CLI::App& app, Context& context);
 
 }  // namespace brenmoor::cli

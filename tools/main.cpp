@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
   brenmoor::cli::addAccountCommands(app, context);
   brenmoor::cli::addProjectCommands(app, context);
   brenmoor::cli::addTemplateCommands(app, context);
+  brenmoor::cli::addRecordCommands(app, context);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
