@@ -1,6 +1,11 @@
+#include <algorithm>
+#include <unordered_set>
+
 #include "services/lookups.h"
 #include "services/main_operations.h"
+#include "soap/clip.h"
 #include "soap/faults.h"
+#include "store/data_record_store.h"
 #include "store/database.h"
 #include "store/deployment_store.h"
 #include "store/record_columns.h"
@@ -74,12 +79,40 @@ void get_deployment_status_list(Call& call) {
   call.reply.records("DeploymentStatusInfo", std::move(statuses));
 }
 
+// Publishes each template as a new version, provided one of the given records fills it;
+// answers the deployment guids in template order. All or nothing.
+void deploy(Call& call) {
+  const std::vector<std::string> records = call.args.strings("datarecordGuidList");
+  const std::vector<std::string> templates = call.args.strings("templateGuidList");
+  const std::int64_t account = call.account();
+  const std::unordered_set<std::string> given(records.begin(), records.end());
+  for (const std::string& template_guid : templates) {
+    const auto attached = records_attached_to(call.db, account, template_guid);
+    if (std::none_of(attached.begin(), attached.end(),
+                     [&](const std::string& record) { return given.contains(record); })) {
+      throw ApplicationFault(
+          "NoSuchDataRecord",
+          "None of the given data records is attached to template " + clip(template_guid),
+          kNotFoundFault);
+    }
+  }
+  Transaction transaction(call.db);
+  Strings deployments;
+  for (const std::string& template_guid : templates) {
+    deployments.push_back(
+        deploy_template(call.db, template_guid, call.server.base_url).deployment_guid);
+  }
+  transaction.commit();
+  call.reply.strings(std::move(deployments));
+}
+
 constexpr Operation kOperations[] = {
     {"getDeploymentInfo", Access::keyed, get_deployment_info},
     {"setDeploymentVersionDuration", Access::keyed, set_deployment_version_duration},
     {"getDeploymentEnvironmentList_Array", Access::keyed, get_deployment_environment_list},
     {"setProjectDeploymentDefinition", Access::keyed, set_project_deployment_definition},
     {"getDeploymentStatusList_Array", Access::keyed, get_deployment_status_list},
+    {"deploy", Access::keyed, deploy},
 };
 
 }  // namespace

@@ -12,5 +12,6 @@ std::span<const Operation> template_operations();
 std::span<const Operation> theme_operations();
 std::span<const Operation> process_operations();
 std::span<const Operation> deployment_operations();
+std::span<const Operation> data_record_operations();
 
 }  // namespace sandbox

@@ -60,18 +60,23 @@ pugi::xml_node Arguments::find(std::string_view name) const {
   return {};
 }
 
+pugi::xml_node Arguments::present(std::string_view name) const {
+  const pugi::xml_node node = find(name);
+  if (!node) {
+    throw ServerException("Missing argument '" + described(name) + "' of operation '" +
+                          std::string(operation_name_) + "'");
+  }
+  return node;
+}
+
 void Arguments::fail(std::string_view name, std::string_view problem) const {
-  throw ServerException("Argument '" + std::string(name) + "' of operation '" +
+  throw ServerException("Argument '" + described(name) + "' of operation '" +
                         std::string(operation_name_) + "' " + std::string(problem));
 }
 
 pugi::xml_node Arguments::typed(std::string_view name, std::span<const std::string_view> accepted,
                                 std::string_view described_as) const {
-  const pugi::xml_node node = find(name);
-  if (!node) {
-    throw ServerException("Missing argument '" + std::string(name) + "' of operation '" +
-                          std::string(operation_name_) + "'");
-  }
+  const pugi::xml_node node = present(name);
   const pugi::xml_attribute type = find_attribute(node, kSchemaInstanceNs, "type");
   if (!type) return node;
   const auto qname = resolve_qname_value(node, type.value());
@@ -149,11 +154,7 @@ Timestamp Arguments::date_time(std::string_view name) const {
 }
 
 std::vector<std::string> Arguments::strings(std::string_view name) const {
-  const pugi::xml_node node = find(name);
-  if (!node) {
-    throw ServerException("Missing argument '" + std::string(name) + "' of operation '" +
-                          std::string(operation_name_) + "'");
-  }
+  const pugi::xml_node node = present(name);
   if (is_nil(node)) return {};
   if (const pugi::xml_attribute type = find_attribute(node, kSchemaInstanceNs, "type")) {
     const auto qname = resolve_qname_value(node, type.value());
@@ -192,6 +193,38 @@ std::vector<std::string> Arguments::strings(std::string_view name) const {
       fail(name, "declares " + std::to_string(count) + " items but holds " +
                      std::to_string(items.size()));
     }
+  }
+  return items;
+}
+
+pugi::xml_node Arguments::structure_node(std::string_view name) const {
+  const pugi::xml_node node = present(name);
+  if (const auto text = simple_text(node); text && !trim(*text).empty()) {
+    fail(name, "must be a structure, not text");
+  }
+  return node;
+}
+
+Arguments Arguments::structure(std::string_view name) const {
+  const pugi::xml_node node = structure_node(name);
+  if (is_nil(node)) fail(name, "is nil, expected a structure");
+  return Arguments(node, operation_name_, described(name) + ".");
+}
+
+std::optional<Arguments> Arguments::optional_structure(std::string_view name) const {
+  const pugi::xml_node node = structure_node(name);
+  if (is_nil(node)) return std::nullopt;
+  return Arguments(node, operation_name_, described(name) + ".");
+}
+
+std::vector<Arguments> Arguments::structures(std::string_view name) const {
+  const pugi::xml_node node = structure_node(name);
+  std::vector<Arguments> items;
+  if (is_nil(node)) return items;
+  for (pugi::xml_node item : node.children()) {
+    if (item.type() != pugi::node_element) continue;
+    items.push_back(Arguments(item, operation_name_,
+                              described(name) + "[" + std::to_string(items.size()) + "]."));
   }
   return items;
 }

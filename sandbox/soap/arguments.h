@@ -15,6 +15,7 @@ namespace sandbox {
 // Typed access to an operation's arguments, found by element name. A missing, nil (except
 // for strings, where nil reads as ""), mistyped or unreadable argument throws
 // ServerException with a message naming the argument and the operation.
+// A structure argument (an element of elements) is read the same way, through structure().
 class Arguments {
  public:
   Arguments(pugi::xml_node operation, std::string_view operation_name)
@@ -26,13 +27,29 @@ class Arguments {
   bool boolean(std::string_view name) const;
   double real(std::string_view name) const;
   Timestamp date_time(std::string_view name) const;
+  // A soapenc:Array of strings, or a plain element whose children are the strings.
   std::vector<std::string> strings(std::string_view name) const;
+
+  // The fields of the structure `name`; messages name them as "name.field".
+  Arguments structure(std::string_view name) const;
+  // Likewise, but nothing when the structure is nil.
+  std::optional<Arguments> optional_structure(std::string_view name) const;
+  // Each child element of the structure `name` as a structure of its own: a list sent as
+  // repeated elements. Messages name them as "name[index].field".
+  std::vector<Arguments> structures(std::string_view name) const;
 
   // The text of the first argument, provided it is named `name`; nothing otherwise.
   std::optional<std::string> leading(std::string_view name) const;
 
  private:
+  Arguments(pugi::xml_node node, std::string_view operation_name, std::string path)
+      : operation_(node), operation_name_(operation_name), path_(std::move(path)) {}
+
   pugi::xml_node find(std::string_view name) const;
+  pugi::xml_node present(std::string_view name) const;
+  // A structure's element: present, and holding elements rather than text.
+  pugi::xml_node structure_node(std::string_view name) const;
+  std::string described(std::string_view name) const { return path_ + std::string(name); }
   // The argument's element, after checking that any xsi:type is one of `accepted`.
   pugi::xml_node typed(std::string_view name, std::span<const std::string_view> accepted,
                        std::string_view described_as) const;
@@ -45,6 +62,7 @@ class Arguments {
 
   pugi::xml_node operation_;
   std::string_view operation_name_;
+  std::string path_;  // of a structure's fields, e.g. "dr.entries[0]."
 };
 
 }  // namespace sandbox

@@ -27,16 +27,13 @@ class AnswerWriter {
         out += "<item href=\"" + reference(array->type, item) + "\"/>";
       }
       close(out, name);
+    } else if (const auto* strings = std::get_if<Strings>(&value)) {
+      open_array(out, name, "xsd:string", strings->size(), in_wrapper);
+      for (const std::string& item : *strings) append_typed_element(out, "item", item);
+      close(out, name);
     } else {
       append_typed_element(out, name, value);
     }
-  }
-
-  void write_strings(std::string& out, std::string_view name,
-                     const std::vector<std::string>& items) {
-    open_array(out, name, "xsd:string", items.size(), true);
-    for (const std::string& item : items) append_typed_element(out, "item", item);
-    close(out, name);
   }
 
   // The multiRef entries of every record referenced so far, and of those they reference.
@@ -112,11 +109,7 @@ std::string Reply::render(std::string_view operation, std::string_view ns) const
   body += "\" xmlns:ns1=\"";
   append_escaped(body, ns);
   body += "\">";
-  if (const auto* value = std::get_if<Value>(&result_)) {
-    writer.write(body, return_name, *value, true);
-  } else if (const auto* strings = std::get_if<std::vector<std::string>>(&result_)) {
-    writer.write_strings(body, return_name, *strings);
-  }
+  if (result_) writer.write(body, return_name, *result_, true);
   body += "</ns1:";
   body += operation;
   body += "Response>";

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "soap/value.h"
@@ -15,21 +15,21 @@ namespace sandbox {
 // empty wrapper.
 class Reply {
  public:
-  void scalar(Value value) { result_ = std::move(value); }
+  void scalar(Value value) { result_.emplace(std::move(value)); }
   // A record of type `type` (e.g. "DeploymentInfo") in the service's namespace.
   void record(std::string type, Fields fields) {
-    result_ = Record{std::move(type), std::move(fields)};
+    result_.emplace(Record{std::move(type), std::move(fields)});
   }
   void records(std::string type, std::vector<Fields> items) {
-    result_ = RecordArray{std::move(type), std::move(items)};
+    result_.emplace(RecordArray{std::move(type), std::move(items)});
   }
-  void strings(std::vector<std::string> items) { result_ = std::move(items); }
+  void strings(Strings items) { result_.emplace(std::move(items)); }
 
   // The whole answer envelope for `operation` of the service whose namespace is `ns`.
   std::string render(std::string_view operation, std::string_view ns) const;
 
  private:
-  std::variant<std::monostate, Value, std::vector<std::string>> result_;
+  std::optional<Value> result_;
 };
 
 }  // namespace sandbox

@@ -31,10 +31,11 @@ TypedText typed_text(const Value& value) {
     TypedText operator()(bool v) const { return {"xsd:boolean", v ? "true" : "false"}; }
     TypedText operator()(double v) const { return {"xsd:double", double_text(v)}; }
     TypedText operator()(Timestamp v) const { return {"xsd:dateTime", format_date_time(v)}; }
+    TypedText operator()(const Strings&) const { throw not_scalar(); }
     TypedText operator()(const Record&) const { throw not_scalar(); }
     TypedText operator()(const RecordArray&) const { throw not_scalar(); }
     static std::logic_error not_scalar() {
-      return std::logic_error("records are written as multiRef entries by the Reply");
+      return std::logic_error("arrays and records are written by the Reply");
     }
   };
   return std::visit(Visitor{}, value);

@@ -31,9 +31,12 @@ struct RecordArray {
   std::vector<Fields> items;
 };
 
+// An array of strings, written as a soapenc:Array of xsd:string items.
+using Strings = std::vector<std::string>;
+
 // One value of an answer; the alternative picks the xsd type it is written with.
 using Value = std::variant<Nil, std::string, std::int32_t, std::int16_t, bool, double, Timestamp,
-                           Record, RecordArray>;
+                           Strings, Record, RecordArray>;
 
 struct Field {
   std::string name;
@@ -46,8 +49,8 @@ inline Value date_or_nil(std::optional<Timestamp> time) {
   return Nil{};
 }
 
-// Appends <name xsi:type="xsd:T">text</name>, or <name xsi:nil="true"/> for Nil. Records and
-// record arrays need multiRef entries: the Reply writes those.
+// Appends <name xsi:type="xsd:T">text</name>, or <name xsi:nil="true"/> for Nil. Arrays and
+// records are written by the Reply, which knows the prefixes and multiRef entries they need.
 void append_typed_element(std::string& out, std::string_view name, const Value& value);
 
 }  // namespace sandbox

@@ -149,6 +149,44 @@ CREATE TABLE IF NOT EXISTS deployment_environments (
   name TEXT NOT NULL,
   must_use_path INTEGER NOT NULL
 );
+-- Records fill templates of their project; a guid names one record per project. Every save
+-- takes a new id, so the highest id is the most recent.
+CREATE TABLE IF NOT EXISTS data_records (
+  id INTEGER PRIMARY KEY,
+  guid TEXT NOT NULL,
+  project_guid TEXT NOT NULL REFERENCES projects(guid) ON DELETE CASCADE,
+  name TEXT NOT NULL,
+  UNIQUE (project_guid, guid)
+);
+
+CREATE TABLE IF NOT EXISTS data_record_entries (
+  record_id INTEGER NOT NULL REFERENCES data_records(id) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  guid TEXT NOT NULL,
+  label TEXT NOT NULL,
+  description TEXT NOT NULL,
+  type TEXT NOT NULL,
+  ext TEXT NOT NULL,
+  format TEXT NOT NULL,
+  escaped INTEGER NOT NULL,
+  hidden INTEGER NOT NULL,
+  has_value INTEGER NOT NULL,
+  value TEXT NOT NULL,
+  asset_guid TEXT NOT NULL,
+  asset_dependencies TEXT NOT NULL,
+  PRIMARY KEY (record_id, position)
+);
+
+-- A template that goes away takes its records' attachments (and their sync data) with it.
+CREATE TABLE IF NOT EXISTS data_record_templates (
+  record_id INTEGER NOT NULL REFERENCES data_records(id) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  template_guid TEXT NOT NULL REFERENCES templates(guid) ON DELETE CASCADE,
+  sync_xml TEXT NOT NULL DEFAULT '',
+  PRIMARY KEY (record_id, position)
+);
+CREATE INDEX IF NOT EXISTS data_record_templates_by_template
+  ON data_record_templates (template_guid);
 )sql");
 }
 

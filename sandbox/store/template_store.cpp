@@ -125,6 +125,11 @@ bool project_has_template_named(Database& db, std::string_view project_guid,
   return row.bind(project_guid, name).step();
 }
 
+bool project_has_template(Database& db, std::string_view project_guid, std::string_view guid) {
+  auto row = db.prepare("SELECT 1 FROM templates WHERE project_guid = ? AND guid = ?");
+  return row.bind(project_guid, guid).step();
+}
+
 std::string copy_into_project(Database& db, std::string_view source_guid,
                               std::string_view project_guid, std::string_view name) {
   Transaction transaction(db);

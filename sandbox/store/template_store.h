@@ -42,6 +42,7 @@ std::vector<Fields> component_records(Database& db, std::string_view template_gu
                                       std::string_view class_name);
 
 bool project_has_template_named(Database& db, std::string_view project_guid, std::string_view name);
+bool project_has_template(Database& db, std::string_view project_guid, std::string_view guid);
 
 // Copies a template and its components into the project as `name`, replacing a template of
 // that name there; answers the copy's guid. Everything copied gets a fresh guid.
