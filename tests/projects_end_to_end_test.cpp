@@ -7,32 +7,19 @@
 #include <thread>
 
 #include "brenmoor/brenmoor.h"
-#include "recording_host.h"
-#include "sandbox_process.h"
+#include "sandbox_test.h"
 
 namespace brenmoor {
 namespace {
 
-class ProjectsEndToEnd : public ::testing::Test {
+class ProjectsEndToEnd : public testing::SandboxTest {
  protected:
-  static void SetUpTestSuite() { sandbox = std::make_unique<testing::SandboxProcess>(); }
-  static void TearDownTestSuite() { sandbox.reset(); }
-
   void SetUp() override {
-    host = std::make_shared<testing::RecordingHost>();
-    service.setHost(host);
-    service.ShowAlerts(false);
-    service.SetServiceBaseUrl(sandbox->baseUrl());
-    ASSERT_FALSE(service.loginUnencryptedPassword("demo@example.com", "demo").empty());
-    ASSERT_TRUE(service.selectAccount("1001"));
+    SandboxTest::SetUp();
+    signInToFirstAccount();
   }
   void TearDown() override { service.logout(); }
-
-  static std::unique_ptr<testing::SandboxProcess> sandbox;
-  std::shared_ptr<testing::RecordingHost> host;
-  ZylService service;
 };
-std::unique_ptr<testing::SandboxProcess> ProjectsEndToEnd::sandbox;
 
 TEST_F(ProjectsEndToEnd, BuildsAProjectClearsItWhileWatchingAndDeletesIt) {
   const std::string project = service.createProject("Launch", "Spring launch");

@@ -6,8 +6,7 @@
 #include <regex>
 
 #include "brenmoor/brenmoor.h"
-#include "recording_host.h"
-#include "sandbox_process.h"
+#include "sandbox_test.h"
 #include "soap/answer.h"
 #include "soap/failure.h"
 #include "soap/request.h"
@@ -16,21 +15,11 @@
 namespace brenmoor {
 namespace {
 
-constexpr const char* kUser = "demo@example.com";
-constexpr const char* kPassword = "demo";
+using testing::kDemoPassword;
+using testing::kDemoUser;
 
-class EndToEnd : public ::testing::Test {
+class EndToEnd : public testing::SandboxTest {
  protected:
-  static void SetUpTestSuite() { sandbox = std::make_unique<testing::SandboxProcess>(); }
-  static void TearDownTestSuite() { sandbox.reset(); }
-
-  void SetUp() override {
-    host = std::make_shared<testing::RecordingHost>();
-    service.setHost(host);
-    service.ShowAlerts(false);
-    service.SetServiceBaseUrl(sandbox->baseUrl());
-  }
-
   // Sends selectAccount with a key of the caller's choosing, as a replaying client would.
   std::string selectAccountWithKey(const std::string& key) {
     soap::ConnectionPool pool;
@@ -45,12 +34,7 @@ class EndToEnd : public ::testing::Test {
       return f.what();
     }
   }
-
-  static std::unique_ptr<testing::SandboxProcess> sandbox;
-  std::shared_ptr<testing::RecordingHost> host;
-  ZylService service;
 };
-std::unique_ptr<testing::SandboxProcess> EndToEnd::sandbox;
 
 TEST_F(EndToEnd, PingsAndReadsTheServersValues) {
   ASSERT_TRUE(service.Ping(sandbox->baseUrl()));
@@ -65,7 +49,7 @@ TEST_F(EndToEnd, PingsAndReadsTheServersValues) {
 }
 
 TEST_F(EndToEnd, SignsInListsAndSelectsAccountsAndSignsOut) {
-  const std::string token = service.loginUnencryptedPassword(kUser, kPassword);
+  const std::string token = service.loginUnencryptedPassword(kDemoUser, kDemoPassword);
   ASSERT_FALSE(token.empty()) << service.lastErrMsg();
   EXPECT_EQ(service.serverVersion(), "3.2.4.60");
 
@@ -92,11 +76,11 @@ TEST_F(EndToEnd, SignsInListsAndSelectsAccountsAndSignsOut) {
 }
 
 TEST_F(EndToEnd, RefusesAWrongPasswordAndStaleKeys) {
-  EXPECT_EQ(service.loginUnencryptedPassword(kUser, "not the password"), "");
+  EXPECT_EQ(service.loginUnencryptedPassword(kDemoUser, "not the password"), "");
   EXPECT_EQ(service.lastErrID(), 4);
   EXPECT_EQ(service.lastErrMsg(), "The user id or password you have entered is invalid.");
 
-  ASSERT_FALSE(service.loginUnencryptedPassword(kUser, kPassword).empty());
+  ASSERT_FALSE(service.loginUnencryptedPassword(kDemoUser, kDemoPassword).empty());
   const std::string older = service.key();
   const std::string newer = service.key();
   EXPECT_EQ(selectAccountWithKey(newer), "true");
@@ -115,12 +99,12 @@ TEST_F(EndToEnd, TheCommandLineToolPrintsDataAndFailsWithAStatus) {
   EXPECT_EQ(ping.out, "3.2.4.60\n");
 
   auto accounts = testing::runProgram({BRENMOOR_CLI_PATH, "--url", sandbox->baseUrl(), "--user",
-                                       kUser, "--password", kPassword, "accounts"});
+                                       kDemoUser, "--password", kDemoPassword, "accounts"});
   EXPECT_EQ(accounts.status, 0);
   EXPECT_EQ(accounts.out, "1001\tDemo Productions\n1002\tDemo Training\n");
 
-  auto wrong = testing::runProgram({BRENMOOR_CLI_PATH, "--url", sandbox->baseUrl(), "--user", kUser,
-                                    "--password", "nope", "accounts"});
+  auto wrong = testing::runProgram({BRENMOOR_CLI_PATH, "--url", sandbox->baseUrl(), "--user",
+                                    kDemoUser, "--password", "nope", "accounts"});
   EXPECT_EQ(wrong.status, 1);
   EXPECT_EQ(wrong.out, "");
 
