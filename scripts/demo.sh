@@ -39,6 +39,7 @@ cli --user demo@example.com --password demo --account 1001 login
 as_demo=(--user demo@example.com --password demo --account 1001)
 cli "${as_demo[@]}" templates list
 cli "${as_demo[@]}" themes list
+cli "${as_demo[@]}" records show --theme theme-classroom
 echo "\$ brenmoor ${as_demo[*]} projects create Launch --description 'Spring launch'"
 project=$(./build/tools/brenmoor --url "$url" "${as_demo[@]}" projects create Launch --description "Spring launch")
 echo "$project"
