@@ -4,6 +4,7 @@
 
 #include "brenmoor/collection.h"
 #include "brenmoor/deployment.h"
+#include "brenmoor/zyl_service.h"
 #include "service/endpoints.h"
 #include "util/convert.h"
 #include "util/text.h"
@@ -139,6 +140,14 @@ TEST(Endpoints, PicksAServiceByItsExactCode) {
   EXPECT_EQ(service::serviceUrlForCode("http://h", "C"), "http://h/services/Accounts");
   EXPECT_EQ(service::serviceUrlForCode("http://h", "m"), "");
   EXPECT_EQ(service::serviceUrlForCode("http://h", "L"), "");
+
+  ZylService zyl;
+  zyl.SetServiceBaseUrl("http://h/");
+  EXPECT_EQ(zyl.loginUrl(), "http://h//services/Login");
+  EXPECT_EQ(zyl.reportsUrl(), "http://h//services/Reports");
+  zyl.SetServiceBaseUrl("");
+  EXPECT_EQ(zyl.telvaneUrl(), "/services/Telvane");
+  EXPECT_EQ(zyl.baseUrl(), "");
 }
 
 }  // namespace
