@@ -16,19 +16,13 @@ void addAccountCommands(CLI::App& app, Context& context) {
       });
 
   app.add_subcommand("accounts", "List the accounts of the user, one per line: id, tab, name")
-      ->callback([&context] {
-        ZylService service;
-        if (!signIn(service, context)) return;
+      ->callback(signedIn(context, [&context](ZylService& service) {
         auto accounts = service.getAccounts();
-        if (!accounts) {
-          context.status = failed(service, "listing accounts");
-          return;
-        }
+        if (!accounts) return void(context.status = failed(service, "listing accounts"));
         for (const auto& account : *accounts) {
           std::cout << account->accountID() << '\t' << account->accountName() << '\n';
         }
-        service.logout();
-      });
+      }));
 
   app.add_subcommand("compatible", "Ask whether the server accepts this library's version")
       ->callback([&context] {

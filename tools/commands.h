@@ -27,6 +27,18 @@ void prepare(ZylService& service, const Context& context);
 // Returns false (with the status set) when that fails.
 bool signIn(ZylService& service, Context& context);
 
+// A subcommand callback that runs `body` on a signed-in service (with the context's account
+// selected) and signs out afterwards.
+template <class Body>
+auto signedIn(Context& context, Body body) {
+  return [&context, body] {
+    ZylService service;
+    if (!signIn(service, context)) return;
+    body(service);
+    service.logout();
+  };
+}
+
 // One function per subcommand group.
 void addServerCommands(CLI::App& app, Context& context);
 void addAccountCommands(CLI::App& app, Context& context);

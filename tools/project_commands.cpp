@@ -10,17 +10,6 @@
 namespace brenmoor::cli {
 namespace {
 
-// Runs `body` against a signed-in service with the context's account selected.
-template <class Body>
-auto signedIn(Context& context, Body body) {
-  return [&context, body] {
-    ZylService service;
-    if (!signIn(service, context)) return;
-    body(service);
-    service.logout();
-  };
-}
-
 void printProject(const ProjectInfo& p) {
   std::cout << p.guid() << '\t' << p.name() << '\t' << p.description() << '\n';
 }

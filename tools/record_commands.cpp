@@ -20,9 +20,7 @@ void addRecordCommands(CLI::App& app, Context& context) {
   auto* show = records->add_subcommand("show", "Print the record of templates (or a theme) as XML");
   show->add_option("templates", args->templates, "Template guids");
   show->add_option("--theme", args->theme, "A theme's record instead");
-  show->callback([&context, args] {
-    ZylService service;
-    if (!signIn(service, context)) return;
+  show->callback(signedIn(context, [&context, args](ZylService& service) {
     auto record = args->theme.empty() ? service.getDataRecord(args->templates)
                                       : service.getThemeDataRecord(args->theme);
     if (!record || !record->entries()) {
@@ -30,20 +28,16 @@ void addRecordCommands(CLI::App& app, Context& context) {
     } else {
       std::cout << record->getXML() << '\n';
     }
-    service.logout();
-  });
+  }));
 
   auto* deploy = records->add_subcommand("deploy", "Deploy templates with records");
   deploy->add_option("--record", args->records, "Record guids")->required();
   deploy->add_option("--template", args->templates, "Template guids")->required();
-  deploy->callback([&context, args] {
-    ZylService service;
-    if (!signIn(service, context)) return;
+  deploy->callback(signedIn(context, [&context, args](ZylService& service) {
     auto deployments = service.Deploy(args->records, args->templates);
     if (deployments.empty()) context.status = failed(service, "deploying");
     for (const auto& d : deployments) std::cout << d << '\n';
-    service.logout();
-  });
+  }));
 }
 
 }  // namespace brenmoor::cli
