@@ -59,9 +59,7 @@ struct ElementFacts {
 // a stack: every prefix resolves in constant time, however deep or wide the answer is.
 class DocumentIndex {
  public:
-  // `sizeHint` (the answer's length) sizes the tables so that they rarely grow.
-  DocumentIndex(const pugi::xml_document& doc, std::string_view source, size_t sizeHint) {
-    facts_.reserve(std::min(sizeHint / 32, kMaxElements));
+  DocumentIndex(const pugi::xml_document& doc, std::string_view source) {
     std::vector<std::vector<std::string_view>> declaredAt;
     auto leave = [&] {
       for (auto prefix : declaredAt.back()) bindings_[prefix].pop_back();
@@ -298,7 +296,7 @@ Answer Answer::parse(std::string_view body, std::string_view charset, std::strin
     fail("is not well-formed XML: " + std::string(parsed.description()) + " at byte " +
          std::to_string(parsed.offset));
   }
-  const DocumentIndex index(doc, source, body.size());
+  const DocumentIndex index(doc, source);
   auto envelope = doc.document_element();
   if (localName(envelope.name()) != "Envelope" || index.facts(envelope).ns != kEnvelopeNs) {
     fail("is not a SOAP envelope (its root element is <" + std::string(envelope.name()) + ">)");
