@@ -13,6 +13,7 @@
 
 #include "soap/answer.h"
 #include "soap/request.h"
+#include "soap_answers.h"
 
 namespace {
 
@@ -23,17 +24,8 @@ using brenmoor::soap::StringArray;
 constexpr std::string_view kServiceNs = "urn:telvane-main";
 constexpr std::string_view kSource = "http://127.0.0.1:1/services/Telvane";
 
-std::string answerEnvelope(const std::string& entries) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-         "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\" "
-         "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" "
-         "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-         "xmlns:soapenc=\"http://schemas.xmlsoap.org/soap/encoding/\"><soapenv:Body>" +
-         entries + "</soapenv:Body></soapenv:Envelope>";
-}
-
 std::string scalarAnswer() {
-  return answerEnvelope(
+  return brenmoor::testing::soapEnvelope(
       "<ns1:getProjectNameResponse soapenv:encodingStyle=\"http://schemas.xmlsoap.org/soap/"
       "encoding/\" xmlns:ns1=\"urn:telvane-main\"><getProjectNameReturn xsi:type=\"xsd:string\">"
       "Northern depots</getProjectNameReturn></ns1:getProjectNameResponse>");
@@ -69,7 +61,7 @@ std::string recordListAnswer(int records) {
     items += "<item href=\"#id" + std::to_string(i) + "\"/>";
     multiRefs += record(i);
   }
-  return answerEnvelope(
+  return brenmoor::testing::soapEnvelope(
       "<ns1:getProjectsResponse soapenv:encodingStyle=\"http://schemas.xmlsoap.org/soap/"
       "encoding/\" xmlns:ns1=\"urn:telvane-main\"><getProjectsReturn soapenc:arrayType=\"ns2:"
       "ProjectInfo[" +

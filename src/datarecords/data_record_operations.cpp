@@ -122,43 +122,37 @@ Structure recordStructure(const DataRecord& record) {
 
 std::shared_ptr<DataRecord> ZylService::getDataRecord(
     const std::vector<std::string>& templateGuid) {
-  auto record = std::make_shared<DataRecord>();
-  auto outcome = service::run(
+  return service::fillNew<DataRecord>(
       *state_, kGetDataRecord,
       [&] {
         return Elements{{"guid", std::string()}, {"templateGuidList", templateGuid}};
       },
-      [&](const soap::Answer& a) { readRecord(a.returnNode(), *record, nullptr); },
+      [](const soap::Node& node, DataRecord& record) { readRecord(node, record, nullptr); },
       service::silentFault);
-  return outcome == service::Outcome::Failed ? nullptr : record;
 }
 
 std::shared_ptr<DataRecord> ZylService::getThemeDataRecord(const std::string& themeGuid) {
-  auto record = std::make_shared<DataRecord>();
   const ThemeExtras theme{validVersion("3.2.4.59")};
-  auto outcome = service::run(
+  return service::fillNew<DataRecord>(
       *state_, kGetThemeDataRecord,
       [&] {
         return Elements{{"themeGuid", themeGuid}};
       },
-      [&](const soap::Answer& a) { readRecord(a.returnNode(), *record, &theme); },
+      [&](const soap::Node& node, DataRecord& record) { readRecord(node, record, &theme); },
       service::silentFault);
-  return outcome == service::Outcome::Failed ? nullptr : record;
 }
 
 std::shared_ptr<DataRecordEntry> ZylService::getDataRecordEntry(const std::string& templateGuid,
                                                                 const std::string& dreGuid,
                                                                 const std::string& dreLabel) {
-  auto entry = std::make_shared<DataRecordEntry>();
-  auto outcome = service::run(
+  return service::fillNew<DataRecordEntry>(
       *state_, kGetDataRecordEntry,
       [&] {
         return Elements{
             {"templateGuid", templateGuid}, {"dreGuid", dreGuid}, {"dreLabel", dreLabel}};
       },
-      [&](const soap::Answer& a) { readEntry(a.returnNode(), *entry, nullptr); },
+      [](const soap::Node& node, DataRecordEntry& entry) { readEntry(node, entry, nullptr); },
       service::silentFault);
-  return outcome == service::Outcome::Failed ? nullptr : entry;
 }
 
 std::string ZylService::createDataRecord(const DataRecord& dr, const std::string& projectGuid,

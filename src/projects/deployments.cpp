@@ -24,16 +24,14 @@ constexpr Operation kGetDeploymentStatusList{"getDeploymentStatusList_Array", Se
 }  // namespace
 
 std::shared_ptr<DeploymentInfo> ZylService::getDeploymentInfo(const std::string& templateGuid) {
-  auto info = std::make_shared<DeploymentInfo>();
-  auto outcome = service::run(
+  return service::fillNew<DeploymentInfo>(
       *state_, kGetDeploymentInfo,
       [&] {
         return Elements{{"templateGuid", templateGuid}};
       },
-      [&](const soap::Answer& a) { projects::readDeploymentInfo(a.returnNode(), *info); },
+      projects::readDeploymentInfo,
       // The template guid stands where the alert expects a project name.
       projects::duplicateNameAlert(templateGuid));
-  return outcome == service::Outcome::Failed ? nullptr : info;
 }
 
 bool ZylService::setDeploymentVersionDuration(const std::string& versionGuid, int16_t duration) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -61,6 +62,18 @@ Result call(ZylService::State& state, const Operation& op, const ElementsFn& ele
   run(
       state, op, elements, [&](const soap::Answer& answer) { result = read(answer); }, alert);
   return result;
+}
+
+// For operations that fill an object made before the call and return it even after a fault
+// (as it was then); after a failure, null. `fill` gets the return node and the object.
+template <class T, class Fill>
+std::shared_ptr<T> fillNew(ZylService::State& state, const Operation& op,
+                           const ElementsFn& elements, Fill&& fill, const FaultAlert& alert) {
+  auto object = std::make_shared<T>();
+  auto outcome = run(
+      state, op, elements, [&](const soap::Answer& answer) { fill(answer.returnNode(), *object); },
+      alert);
+  return outcome == Outcome::Failed ? nullptr : object;
 }
 
 inline Elements noElements() {

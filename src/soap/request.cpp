@@ -39,7 +39,7 @@ class EnvelopeWriter {
       out += "\r\n\txmlns:";
       out += prefixes[i];
       out += "=\"";
-      appendEscaped(out, uris[i]);
+      util::appendEscaped(out, uris[i], false);
       out += '"';
     }
     out += "><S:Body><a:";
@@ -53,11 +53,6 @@ class EnvelopeWriter {
   }
 
  private:
-  // The apostrophe stays as it is on the wire.
-  static void appendEscaped(std::string& out, std::string_view text) {
-    util::appendEscaped(out, text, false);
-  }
-
   void open(std::string_view name, std::string_view type) {
     used_[kXs] = used_[kXi] = true;
     body_ += '<';
@@ -73,7 +68,7 @@ class EnvelopeWriter {
   }
   void typed(std::string_view name, std::string_view type, std::string_view text) {
     open(name, type);
-    appendEscaped(body_, text);
+    util::appendEscaped(body_, text, false);  // the apostrophe stays as it is
     close(name);
   }
 
