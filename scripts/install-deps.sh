@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
   cmake g++ make pkg-config
-  libcurl4-openssl-dev libpugixml-dev libcpp-httplib-dev libsqlite3-dev
+  libcurl4-openssl-dev libexpat1-dev libpugixml-dev libcpp-httplib-dev libsqlite3-dev
   libgtest-dev libgmock-dev libcli11-dev libssl-dev libbenchmark-dev
 )
 

@@ -35,16 +35,16 @@ struct Footprint {
 
 Footprint footprintOf(const Answer& answer) {
   Footprint footprint;
-  std::unordered_set<const NodeValue*> seen;
-  std::vector<const Node*> pending;
-  for (const auto& p : answer.parameters()) pending.push_back(p.get());
+  std::unordered_set<uint32_t> seen;
+  std::vector<Node> pending;
+  for (size_t i = 0; i < answer.parameterCount(); ++i) pending.push_back(answer.parameter(i));
   while (!pending.empty()) {
-    const Node* node = pending.back();
+    const Node node = pending.back();
     pending.pop_back();
-    if (!seen.insert(node->value.get()).second) continue;
+    if (!seen.insert(node.valueId()).second) continue;
     ++footprint.values;
-    footprint.childLinks += node->children().size();
-    for (const auto& c : node->children()) pending.push_back(c.get());
+    footprint.childLinks += node.children().size();
+    for (Node c : node.children()) pending.push_back(c);
   }
   return footprint;
 }
@@ -208,7 +208,7 @@ TEST(AnswerRobustness, StaysBoundedOnDeepHugeAndEntityLadenDocuments) {
                                    repeat("</d>", kFlood / 5) + "</w>")),
             Outcome::Parsed);
 
-  // Internal entities are left unexpanded, external ones unread.
+  // A SOAP message has no document type, so no entities to expand or to fetch.
   std::string entities = "<!DOCTYPE soapenv:Envelope [<!ENTITY lol0 \"lol\">";
   for (int i = 1; i <= 9; ++i) {
     entities += "<!ENTITY lol" + std::to_string(i) + " \"" +
@@ -217,10 +217,7 @@ TEST(AnswerRobustness, StaysBoundedOnDeepHugeAndEntityLadenDocuments) {
   entities += "<!ENTITY outside SYSTEM \"file:///etc/passwd\">]>";
   std::string laughs = soapEnvelope("<r><a>&lol9;</a><b>&outside;</b></r>");
   laughs.insert(laughs.find("?>") + 2, entities);
-  if (outcomeOf(laughs) == Outcome::Parsed) {
-    const Answer answer = Answer::parse(laughs, "", kSource);
-    EXPECT_LT(answer.firstParameter().textContent().size(), 100u);
-  }
+  EXPECT_NE(refusal(laughs).find("document type"), std::string::npos);
 
   const std::string huge(20u << 20, 'x');
   const Answer big = Answer::parse(soapEnvelope("<r><v>" + huge + "</v></r>"), "", kSource);
@@ -314,17 +311,19 @@ TEST(AnswerRobustness, DecodesUtf16AndSurvivesNulAndInvalidUtf8) {
           << named << " charset '" << charset << "' bom " << (body.size() > encoded.size());
     }
     EXPECT_EQ(outcomeOf(encoded.substr(0, encoded.size() - 1)), Outcome::Refused);
-    EXPECT_EQ(outcomeOf(encoded, "utf-8"), Outcome::Refused);
   }
 
+  // Bytes that are not UTF-8 make the text unreadable: refused, by a clear text.
   for (const char* stray : {"\x80", "\xc3", "\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80",
-                            "\xfe\xff", "\xef\xbb\xbf"}) {
+                            "\xfe\xff"}) {
     const std::string bytes = stray;
-    EXPECT_EQ(outcomeOf(soapEnvelope("<r><v>" + bytes + "</v></r>")), Outcome::Parsed);
+    EXPECT_NE(refusal(soapEnvelope("<r><v>" + bytes + "</v></r>")).find("not well-formed"),
+              std::string::npos);
     outcomeOf(soapEnvelope("<r><v" + bytes + ">x</v" + bytes + "></r>"));
     outcomeOf(soapEnvelope("<r><v a=\"" + bytes + "\" href=\"#" + bytes + "\"/></r>"));
     outcomeOf(bytes + answer);
   }
+  EXPECT_EQ(outcomeOf(soapEnvelope("<r><v>\xef\xbb\xbf</v></r>")), Outcome::Parsed);
 
   // The parser stops at a NUL, so anywhere inside the envelope it leaves the answer cut short.
   const std::string withNul = soapEnvelope("<r><v>a</v></r>");

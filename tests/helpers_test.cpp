@@ -5,7 +5,7 @@
 #include "brenmoor/collection.h"
 #include "brenmoor/deployment.h"
 #include "brenmoor/zyl_service.h"
-#include "service/endpoints.h"
+#include "service/catalog.h"
 #include "util/convert.h"
 #include "util/text.h"
 #include "util/time_zone.h"

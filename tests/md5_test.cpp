@@ -1,4 +1,4 @@
-#include "auth/md5.h"
+#include "util/md5.h"
 
 #include <openssl/evp.h>
 

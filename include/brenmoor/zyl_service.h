@@ -31,6 +31,10 @@
 
 namespace brenmoor {
 
+namespace service {
+struct State;
+}
+
 class ZylService {
  public:
   ZylService();
@@ -59,6 +63,13 @@ class ZylService {
   const std::string& serverVersion() const;
   bool useProxy() const;
   bool showAlerts() const;
+
+  // The largest answer body taken on, in bytes (1 GiB unless changed); the number of elements
+  // an answer may hold grows with it. A larger answer fails with lastErrID() -1 and a text that
+  // names the limit and the size reached. Records made from an answer are bounded in proportion
+  // to its size, which only an answer that refers to the same values over and over reaches.
+  uint64_t maxAnswerBytes() const;
+  void setMaxAnswerBytes(uint64_t bytes);
 
   // --- Set-up -----------------------------------------------------------------------------
   // Stores the base URL and appends each service's path to it exactly as given: nothing is
@@ -202,10 +213,8 @@ class ZylService {
   std::vector<std::string> Deploy(const std::vector<std::string>& datarecordGuid,
                                   const std::vector<std::string>& templateGuid);
 
-  struct State;
-
  private:
-  std::unique_ptr<State> state_;
+  std::unique_ptr<service::State> state_;
 };
 
 }  // namespace brenmoor

@@ -2,50 +2,39 @@
 
 #include "brenmoor/zyl_service.h"
 #include "service/call.h"
-#include "util/convert.h"
-#include "util/record_reader.h"
 
 namespace brenmoor {
 
-using service::Operation;
-using soap::Service;
+using namespace service;
 
 namespace {
-constexpr Operation kGetUserAccounts{"getUserAccounts", Service::Login};
-constexpr Operation kSelectAccount{"selectAccount", Service::Login};
-constexpr Operation kSelectAccountByGuid{"selectAccountByGuid", Service::Login};
+
+void readAccount(const Fields& in, UserAccountInfo& account) {
+  in("accountName", account.accountName);
+  in("accountID", account.accountID);
+}
+
+constexpr auto kGetUserAccounts = Operation<std::shared_ptr<Collection<UserAccountInfo>>>(
+                                      "getUserAccounts", Service::Login)
+                                      .reads(listOf<UserAccountInfo, readAccount>);
+constexpr auto kSelectAccount =
+    Operation<bool>("selectAccount", Service::Login).sends("account_id").reads(asBool);
+constexpr auto kSelectAccountByGuid =
+    Operation<bool>("selectAccountByGuid", Service::Login).sends("account_guid").reads(asBool);
+
 }  // namespace
 
 std::shared_ptr<Collection<UserAccountInfo>> ZylService::getAccounts() {
-  return service::call(*state_, kGetUserAccounts, service::noElements,
-                       std::shared_ptr<Collection<UserAccountInfo>>(), [](const soap::Answer& a) {
-                         return util::readList<UserAccountInfo>(
-                             a.returnNode(), [](const soap::Node& item) {
-                               auto account = std::make_shared<UserAccountInfo>();
-                               util::RecordReader in(item, util::RecordReader::Missing::Fails);
-                               in("accountName", account->accountName);
-                               in("accountID", account->accountID);
-                               return account;
-                             });
-                       });
+  return kGetUserAccounts(*state_);
 }
 
 bool ZylService::selectAccount(const std::string& accountID) {
-  return service::call(
-      *state_, kSelectAccount,
-      [&] {
-        return service::Elements{{"account_id", util::toInt32(accountID)}};
-      },
-      false, service::returnBool);
+  // Converted inside the call: "abc" is reported and spends no key.
+  return kSelectAccount(*state_, [&] { return util::toInt32(accountID); });
 }
 
 bool ZylService::selectAccountByGuid(const std::string& accountGuid) {
-  return service::call(
-      *state_, kSelectAccountByGuid,
-      [&] {
-        return service::Elements{{"account_guid", accountGuid}};
-      },
-      false, service::returnBool);
+  return kSelectAccountByGuid(*state_, accountGuid);
 }
 
 }  // namespace brenmoor

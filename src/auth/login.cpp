@@ -6,21 +6,24 @@
 
 namespace brenmoor {
 
-using service::Key;
-using service::Operation;
-using service::Outcome;
-using soap::Service;
+using namespace service;
 
 namespace {
-constexpr Operation kGetChallenge{"getChallenge", Service::Login, Key::None};
-constexpr Operation kUserLogin{"userLogin", Service::Login, Key::None};
-constexpr Operation kGetVersion{"getVersion", Service::Main, Key::None};
-// The key goes in by hand: logout spends one key before the one it sends.
-constexpr Operation kUserLogout{"userLogout", Service::Login, Key::None};
+
+constexpr auto kGetChallenge =
+    Operation<std::string>("getChallenge", Service::Login).keyless().reads(asText);
+constexpr auto kUserLogin = Operation<std::string>("userLogin", Service::Login)
+                                .keyless().sends("challenge", "response", "username").reads(asText);
+constexpr auto kGetVersion =
+    Operation<std::string>("getVersion", Service::Main).keyless().reads(asText);
+// The key goes in as a value: logout spends one key before the one it sends.
+constexpr auto kUserLogout =
+    Operation<bool>("userLogout", Service::Login).keyless().sends("key").reads(asBool);
+
 }  // namespace
 
 std::string ZylService::key() {
-  return service::nextKey(*state_);
+  return nextKey(*state_);
 }
 int16_t ZylService::keyCounter() const {
   return state_->keyCounter;
@@ -31,32 +34,23 @@ const std::string& ZylService::sessionToken() const {
 
 std::string ZylService::login(const std::string& UserName, const std::string& Password) {
   auto& s = *state_;
-  std::string challenge;
-  if (service::run(s, kGetChallenge, service::noElements, [&](const soap::Answer& a) {
-        challenge = service::returnText(a);
-      }) != Outcome::Answered) {
-    return {};
-  }
+  auto challenge = kGetChallenge.run(s);
+  if (!challenge.answered()) return {};
 
   // Counter 0 is spent on the response itself, so the first key after sign-in carries 1.
   s.keyCounter = 0;
-  s.sessionSecret = s.md5.MD5(challenge + Password);
+  s.sessionSecret = s.md5.MD5(challenge.value + Password);
   const std::string response = s.md5.MD5("0" + s.sessionSecret);
   s.keyCounter = 1;
 
-  auto outcome = service::run(
-      s, kUserLogin,
-      [&] {
-        return service::Elements{
-            {"challenge", challenge}, {"response", response}, {"username", UserName}};
-      },
-      [&](const soap::Answer& a) { s.sessionToken = service::returnText(a); });
-  if (outcome == Outcome::Failed) return {};
+  auto token = kUserLogin.run(s, challenge.value, response, UserName);
+  if (token.failed()) return {};
   // After a fault this is the previous session's token: callers have long relied on it.
-  std::string result = s.sessionToken;
+  if (token.answered()) s.sessionToken = token.value;
+  const std::string result = s.sessionToken;
 
-  service::run(s, kGetVersion, service::noElements,
-               [&](const soap::Answer& a) { s.serverVersion = service::returnText(a); });
+  auto version = kGetVersion.run(s);
+  if (version.answered()) s.serverVersion = version.value;
   return result;
 }
 
@@ -67,13 +61,10 @@ std::string ZylService::loginUnencryptedPassword(const std::string& UserName,
 
 bool ZylService::logout() {
   auto& s = *state_;
-  return service::call(
-      s, kUserLogout,
-      [&] {
-        service::nextKey(s);  // logout has always spent one key before the one it sends
-        return service::Elements{{"key", service::nextKey(s)}};
-      },
-      false, service::returnBool);
+  return kUserLogout(s, [&] {
+    nextKey(s);  // logout has always spent one key before the one it sends
+    return nextKey(s);
+  });
 }
 
 }  // namespace brenmoor

@@ -2,41 +2,28 @@
 
 #include "brenmoor/zyl_service.h"
 #include "service/call.h"
-#include "util/record_reader.h"
 
 namespace brenmoor {
 
-using service::Elements;
-using service::Operation;
-using soap::Service;
+using namespace service;
 using soap::Structure;
-using util::RecordReader;
 
 namespace {
 
-constexpr Operation kGetDataRecord{"getDataRecord", Service::Main};
-constexpr Operation kGetThemeDataRecord{"getThemeDataRecord", Service::Main};
-constexpr Operation kGetDataRecordEntry{"getDataRecordEntry", Service::Main};
-constexpr Operation kCreateDataRecord{"createDataRecord", Service::Main};
-constexpr Operation kSetDataRecordSyncData{"setDataRecordSyncData", Service::Main};
-constexpr Operation kDeploy{"deploy", Service::Main};
-
-std::shared_ptr<Collection<std::string>> readStrings(const soap::Node* list) {
+std::shared_ptr<Collection<std::string>> readStrings(const std::optional<Fields>& list) {
   auto strings = std::make_shared<Collection<std::string>>();
-  if (list) {
-    for (const auto& item : list->children()) strings->Add(item->text());
-  }
+  if (list) list->forEachItem([&](const Fields& item) { strings->Add(item.as<std::string>()); });
   return strings;
 }
 
-// What a theme's record adds to each entry; sizes only from services that send them right.
-struct ThemeExtras {
-  bool sizes = false;
-};
+// A theme's record adds sources and button texts to each entry, and sizes from services that
+// send them right.
+enum class Extras { None, Theme, ThemeWithSizes };
 
-void readEntry(const soap::Node& node, DataRecordEntry& entry, const ThemeExtras* theme) {
-  entry.guidList = readStrings(node.child("guidList"));
-  RecordReader in(node, RecordReader::Missing::SetsEmpty);
+template <Extras extras>
+void readEntry(const Fields& answer, DataRecordEntry& entry) {
+  const auto in = answer.reading(Fields::Missing::SetsEmpty);
+  entry.guidList = readStrings(in.child("guidList"));
   in("label", entry.label);
   in("description", entry.description);
   in("type", entry.typeName);
@@ -44,42 +31,65 @@ void readEntry(const soap::Node& node, DataRecordEntry& entry, const ThemeExtras
   in("format", entry.format);
   in("escaped", entry.escaped);
   in("hidden", entry.hidden);
-  if (theme) {
+  if constexpr (extras != Extras::None) {
     in("src", entry.src);
     in("buttonText", entry.buttonText);
-    if (theme->sizes) {
-      in("width", entry.width);
-      in("height", entry.height);
-    }
+  }
+  if constexpr (extras == Extras::ThemeWithSizes) {
+    in("width", entry.width);
+    in("height", entry.height);
   }
   auto value = std::make_shared<DataRecordEntryValue>();
-  const soap::Node* valueNode = node.child("value");
-  if (valueNode && !valueNode->nil()) {
-    RecordReader of(*valueNode, RecordReader::Missing::SetsEmpty);
-    of("value", value->value);
-    of("assetGuid", value->assetGuid);
-    of("assetDependencies", value->assetDependencies);
+  if (auto of = in.child("value"); of && !of->nil()) {
+    (*of)("value", value->value);
+    (*of)("assetGuid", value->assetGuid);
+    (*of)("assetDependencies", value->assetDependencies);
   }
   entry.value = value;
 }
 
 // The record's assets are in the answer but are not kept: callers have always found `assets`
 // empty after a fetch.
-void readRecord(const soap::Node& node, DataRecord& record, const ThemeExtras* theme) {
+template <Extras extras>
+void readRecord(const Fields& answer, DataRecord& record) {
+  const auto in = answer.reading(Fields::Missing::SetsEmpty);
   auto entries = std::make_shared<Collection<DataRecordEntry>>();
-  if (const soap::Node* list = node.child("entries")) {
-    for (const auto& item : list->children()) {
-      auto entry = std::make_shared<DataRecordEntry>();
-      readEntry(*item, *entry, theme);
-      entries->Add(std::move(entry));
-    }
-  }
+  if (auto list = in.child("entries")) entries = readList<DataRecordEntry>(*list, readEntry<extras>);
   record.entries = entries;
-  record.templateGuidList = readStrings(node.child("templateGuidList"));
-  RecordReader in(node, RecordReader::Missing::SetsEmpty);
+  record.templateGuidList = readStrings(in.child("templateGuidList"));
   in("guid", record.guid);
   in("name", record.name);
 }
+
+std::vector<std::string> readGuids(const Fields& returned) {
+  std::vector<std::string> guids;
+  returned.forEachItem([&](const Fields& item) { guids.push_back(item.as<std::string>()); });
+  return guids;
+}
+
+constexpr auto kGetDataRecord =
+    Operation<std::shared_ptr<DataRecord>>("getDataRecord", Service::Main)
+        .sends("guid", "templateGuidList").reads(record<DataRecord, readRecord<Extras::None>>)
+        .alerts(FaultAlert::silent()).emptyAfterFault();
+constexpr auto kGetThemeDataRecord =
+    Operation<std::shared_ptr<DataRecord>>("getThemeDataRecord", Service::Main)
+        .sends("themeGuid").reads(record<DataRecord, readRecord<Extras::Theme>>)
+        .alerts(FaultAlert::silent()).emptyAfterFault();
+constexpr auto kGetThemeDataRecordWithSizes =
+    kGetThemeDataRecord.reads(record<DataRecord, readRecord<Extras::ThemeWithSizes>>);
+constexpr auto kGetDataRecordEntry =
+    Operation<std::shared_ptr<DataRecordEntry>>("getDataRecordEntry", Service::Main)
+        .sends("templateGuid", "dreGuid", "dreLabel")
+        .reads(record<DataRecordEntry, readEntry<Extras::None>>).alerts(FaultAlert::silent())
+        .emptyAfterFault();
+constexpr auto kCreateDataRecord = Operation<std::string>("createDataRecord", Service::Main)
+                                       .sends("dr", "projectGuid", "overwriteExisting")
+                                       .reads(asText);
+constexpr auto kSetDataRecordSyncData =
+    Operation<std::string>("setDataRecordSyncData", Service::Main)
+        .sends("drGuid", "templateGuid", "syncXML").reads(asText);
+constexpr auto kDeploy = Operation<std::vector<std::string>>("deploy", Service::Main)
+                             .sends("datarecordGuidList", "templateGuidList").reads(readGuids);
 
 // The "dr" structure of createDataRecord. Only an entry's first guid goes, and the record's
 // name is always sent as "Project": the service expects both.
@@ -122,75 +132,35 @@ Structure recordStructure(const DataRecord& record) {
 
 std::shared_ptr<DataRecord> ZylService::getDataRecord(
     const std::vector<std::string>& templateGuid) {
-  return service::fillNew<DataRecord>(
-      *state_, kGetDataRecord,
-      [&] {
-        return Elements{{"guid", std::string()}, {"templateGuidList", templateGuid}};
-      },
-      [](const soap::Node& node, DataRecord& record) { readRecord(node, record, nullptr); },
-      service::silentFault);
+  return kGetDataRecord(*state_, std::string(), templateGuid);
 }
 
 std::shared_ptr<DataRecord> ZylService::getThemeDataRecord(const std::string& themeGuid) {
-  const ThemeExtras theme{validVersion("3.2.4.59")};
-  return service::fillNew<DataRecord>(
-      *state_, kGetThemeDataRecord,
-      [&] {
-        return Elements{{"themeGuid", themeGuid}};
-      },
-      [&](const soap::Node& node, DataRecord& record) { readRecord(node, record, &theme); },
-      service::silentFault);
+  const auto& op = validVersion("3.2.4.59") ? kGetThemeDataRecordWithSizes : kGetThemeDataRecord;
+  return op(*state_, themeGuid);
 }
 
 std::shared_ptr<DataRecordEntry> ZylService::getDataRecordEntry(const std::string& templateGuid,
                                                                 const std::string& dreGuid,
                                                                 const std::string& dreLabel) {
-  return service::fillNew<DataRecordEntry>(
-      *state_, kGetDataRecordEntry,
-      [&] {
-        return Elements{
-            {"templateGuid", templateGuid}, {"dreGuid", dreGuid}, {"dreLabel", dreLabel}};
-      },
-      [](const soap::Node& node, DataRecordEntry& entry) { readEntry(node, entry, nullptr); },
-      service::silentFault);
+  return kGetDataRecordEntry(*state_, templateGuid, dreGuid, dreLabel);
 }
 
 std::string ZylService::createDataRecord(const DataRecord& dr, const std::string& projectGuid,
                                          bool overwriteExisting) {
-  return service::call(
-      *state_, kCreateDataRecord,
-      [&] {
-        return Elements{{"dr", recordStructure(dr)},
-                        {"projectGuid", projectGuid},
-                        {"overwriteExisting", overwriteExisting}};
-      },
-      std::string(), service::returnText);
+  return kCreateDataRecord(*state_, [&] { return recordStructure(dr); }, projectGuid,
+                           overwriteExisting);
 }
 
 std::string ZylService::setDataRecordSyncData(const std::string& drGuid,
                                               const std::string& templateGuid,
                                               const std::string& syncXML) {
-  return service::call(
-      *state_, kSetDataRecordSyncData,
-      [&] {
-        return Elements{{"drGuid", drGuid}, {"templateGuid", templateGuid}, {"syncXML", syncXML}};
-      },
-      std::string(), service::returnText);
+  return kSetDataRecordSyncData(*state_, drGuid, templateGuid, syncXML);
 }
 
 std::vector<std::string> ZylService::Deploy(const std::vector<std::string>& datarecordGuid,
                                             const std::vector<std::string>& templateGuid) {
-  return service::call(
-      *state_, kDeploy,
-      [&] {
-        return Elements{{"datarecordGuidList", datarecordGuid}, {"templateGuidList", templateGuid}};
-      },
-      std::vector<std::string>(),
-      [](const soap::Answer& a) {
-        std::vector<std::string> guids;
-        for (const auto& item : a.returnNode().children()) guids.push_back(item->text());
-        return guids;
-      });
+  return kDeploy(*state_, datarecordGuid, templateGuid);
 }
 
 }  // namespace brenmoor

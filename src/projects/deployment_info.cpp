@@ -1,11 +1,9 @@
 #include "projects/deployment_info.h"
 
-#include "util/record_reader.h"
-
 namespace brenmoor::projects {
 
-void readDeploymentInfo(const soap::Node& node, DeploymentInfo& info) {
-  util::RecordReader in(node, util::RecordReader::Missing::Fails);
+void readDeploymentInfo(const service::Fields& answer, DeploymentInfo& info) {
+  const auto in = answer.reading(service::Fields::Missing::Fails);
   in("deployed", info.deployed);
   if (!info.deployed()) return;
   in("deploymentDate", info.deploymentDate);

@@ -2,90 +2,70 @@
 
 #include "brenmoor/zyl_service.h"
 #include "projects/deployment_info.h"
-#include "projects/duplicate_name.h"
 #include "service/call.h"
-#include "util/record_reader.h"
 
 namespace brenmoor {
 
-using service::Elements;
-using service::Operation;
-using soap::Service;
-using util::RecordReader;
+using namespace service;
 
 namespace {
-constexpr Operation kGetDeploymentInfo{"getDeploymentInfo", Service::Main};
-constexpr Operation kSetDeploymentVersionDuration{"setDeploymentVersionDuration", Service::Main};
-constexpr Operation kGetDeploymentEnvironmentList{"getDeploymentEnvironmentList_Array",
-                                                  Service::Main};
-constexpr Operation kSetProjectDeploymentDefinition{"setProjectDeploymentDefinition",
-                                                    Service::Main};
-constexpr Operation kGetDeploymentStatusList{"getDeploymentStatusList_Array", Service::Main};
+
+void readEnvironment(const Fields& in, DeploymentEnvironmentInfo& e) {
+  e.name = in.value<std::string>("name");
+  e.id = in.value<int16_t>("id");
+  e.mustUsePath = in.value<bool>("mustUsePath");
+}
+
+void readStatus(const Fields& in, DeploymentStatusInfo& s) {
+  s.versionGuid = in.value<std::string>("versionGuid");
+  s.state = in.value<std::string>("state");
+  s.progress = in.value<std::string>("progress");
+}
+
+// The template guid stands where the alert expects a project name.
+constexpr auto kGetDeploymentInfo =
+    Operation<std::shared_ptr<DeploymentInfo>>("getDeploymentInfo", Service::Main)
+        .sends("templateGuid").reads(record<DeploymentInfo, projects::readDeploymentInfo>)
+        .alerts(FaultAlert::duplicateName(0)).emptyAfterFault();
+constexpr auto kSetDeploymentVersionDuration =
+    Operation<bool>("setDeploymentVersionDuration", Service::Main)
+        .sends("versionGuid", "duration").reads(asBool);
+constexpr auto kGetDeploymentEnvironmentList =
+    Operation<std::shared_ptr<Collection<DeploymentEnvironmentInfo>>>(
+        "getDeploymentEnvironmentList_Array", Service::Main)
+        .reads(listOf<DeploymentEnvironmentInfo, readEnvironment>);
+constexpr auto kSetProjectDeploymentDefinition =
+    Operation<bool>("setProjectDeploymentDefinition", Service::Main)
+        .sends("projectGuid", "deploymentDefID", "deploymentPath").trueWhenAnswered();
+constexpr auto kGetDeploymentStatusList =
+    Operation<std::shared_ptr<Collection<DeploymentStatusInfo>>>("getDeploymentStatusList_Array",
+                                                                 Service::Main)
+        .sends("deploymentGuidList").reads(listOf<DeploymentStatusInfo, readStatus>);
+
 }  // namespace
 
 std::shared_ptr<DeploymentInfo> ZylService::getDeploymentInfo(const std::string& templateGuid) {
-  return service::fillNew<DeploymentInfo>(
-      *state_, kGetDeploymentInfo,
-      [&] {
-        return Elements{{"templateGuid", templateGuid}};
-      },
-      projects::readDeploymentInfo,
-      // The template guid stands where the alert expects a project name.
-      projects::duplicateNameAlert(templateGuid));
+  return kGetDeploymentInfo(*state_, templateGuid);
 }
 
 bool ZylService::setDeploymentVersionDuration(const std::string& versionGuid, int16_t duration) {
-  return service::call(
-      *state_, kSetDeploymentVersionDuration,
-      [&] {
-        return Elements{{"versionGuid", versionGuid}, {"duration", int32_t{duration}}};
-      },
-      false, service::returnBool);
+  return kSetDeploymentVersionDuration(*state_, versionGuid, int32_t{duration});
 }
 
 std::shared_ptr<Collection<DeploymentEnvironmentInfo>> ZylService::getDeploymentEnvironmentList() {
-  return service::call(
-      *state_, kGetDeploymentEnvironmentList, service::noElements,
-      std::shared_ptr<Collection<DeploymentEnvironmentInfo>>(), [](const soap::Answer& a) {
-        return util::readList<DeploymentEnvironmentInfo>(
-            a.returnNode(), [](const soap::Node& item) {
-              RecordReader in(item, RecordReader::Missing::Fails);
-              return std::make_shared<DeploymentEnvironmentInfo>(
-                  DeploymentEnvironmentInfo{in.value<std::string>("name"), in.value<int16_t>("id"),
-                                            in.value<bool>("mustUsePath")});
-            });
-      });
+  return kGetDeploymentEnvironmentList(*state_);
 }
 
 bool ZylService::setProjectDeploymentDefinition(const std::string& projectGuid,
                                                 int16_t deploymentDefID,
                                                 const std::string& deploymentPath) {
-  return service::call(
-      *state_, kSetProjectDeploymentDefinition,
-      [&] {
-        return Elements{{"projectGuid", projectGuid},
-                        {"deploymentDefID", int32_t{deploymentDefID}},
-                        {"deploymentPath", deploymentPath}};
-      },
-      false, service::trueWhenAnswered);
+  return kSetProjectDeploymentDefinition(*state_, projectGuid, int32_t{deploymentDefID},
+                                         deploymentPath);
 }
 
 std::shared_ptr<Collection<DeploymentStatusInfo>> ZylService::getDeploymentStatusList(
     const std::vector<std::string>& deploymentGuidList) {
-  return service::call(
-      *state_, kGetDeploymentStatusList,
-      [&] {
-        return Elements{{"deploymentGuidList", deploymentGuidList}};
-      },
-      std::shared_ptr<Collection<DeploymentStatusInfo>>(),
-      [](const soap::Answer& a) {
-        return util::readList<DeploymentStatusInfo>(a.returnNode(), [](const soap::Node& item) {
-          RecordReader in(item, RecordReader::Missing::Fails);
-          return std::make_shared<DeploymentStatusInfo>(DeploymentStatusInfo{
-              in.value<std::string>("versionGuid"), in.value<std::string>("state"),
-              in.value<std::string>("progress")});
-        });
-      });
+  return kGetDeploymentStatusList(*state_, deploymentGuidList);
 }
 
 }  // namespace brenmoor

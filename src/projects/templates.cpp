@@ -3,250 +3,178 @@
 #include "brenmoor/zyl_service.h"
 #include "projects/deployment_info.h"
 #include "service/call.h"
-#include "util/record_reader.h"
 
 namespace brenmoor {
 
-using service::Elements;
-using service::kLongTimeoutMs;
-using service::Operation;
-using soap::Service;
-using util::RecordReader;
+using namespace service;
 
 namespace {
 
-constexpr Operation kHasTemplateAccess{"hasTemplateAccess", Service::Main};
-constexpr Operation kGetProjectTemplateList{"getProjectTemplateList_Array", Service::Main};
-constexpr Operation kSetTemplateMetadata{"setTemplateMetadata", Service::Main};
-constexpr Operation kTemplateExists{"templateExists", Service::Main};
-constexpr Operation kGetTemplateInfo{"getTemplateInfo", Service::Main};
-constexpr Operation kGetThemeTemplateInfo{"getThemeTemplateInfo", Service::Main};
-constexpr Operation kCopyTemplate{"copyTemplate", Service::Main, service::Key::Sent,
-                                  kLongTimeoutMs};
-constexpr Operation kDeleteTemplate{"deleteTemplate", Service::Main};
-constexpr Operation kGetComponents{"getComponents", Service::Main};
-constexpr Operation kGetThemeInfo{"getThemeInfo", Service::Main};
-constexpr Operation kApplyTheme{"applyTheme", Service::Main, service::Key::Sent, kLongTimeoutMs};
+using TemplateList = std::shared_ptr<Collection<TemplateInfo>>;
 
-constexpr auto kLenient = RecordReader::Missing::KeepsDefault;
-constexpr auto kTypedDates = RecordReader::Dates::OnlyTyped;
+// These answers may leave out any field; their dates count only when typed.
+Fields lenient(const Fields& answer) {
+  return answer.reading(Fields::Missing::KeepsDefault, Fields::Dates::OnlyTyped);
+}
 
-std::shared_ptr<TemplateInfo> readTemplateInfo(const soap::Node& node) {
-  auto t = std::make_shared<TemplateInfo>();
-  RecordReader in(node, kLenient, kTypedDates);
-  in("created", t->created);
-  if (const soap::Node* deployment = node.child("deploymentInfo")) {
-    auto info = std::make_shared<DeploymentInfo>();
-    projects::readDeploymentInfo(*deployment, *info);
-    t->DeploymentInfo = info;
+void readTemplateInfo(const Fields& answer, TemplateInfo& t) {
+  const auto in = lenient(answer);
+  in("created", t.created);
+  if (auto deployment = in.child("deploymentInfo")) {
+    t.DeploymentInfo = record<DeploymentInfo, projects::readDeploymentInfo>(*deployment);
   }
-  in("description", t->description);
-  in("flags", t->flags);
-  in("folderName", t->folderName);
-  in("guid", t->guid);
-  in("height", t->height);
-  in("iconUrl", t->iconUrl);
-  in("liveType", t->liveType);
-  in("modified", t->modified);
-  in("name", t->name);
-  in("type", t->templateType);
-  in("width", t->width);
-  in("metadataXML", t->metadataXML);
-  return t;
+  in("description", t.description);
+  in("flags", t.flags);
+  in("folderName", t.folderName);
+  in("guid", t.guid);
+  in("height", t.height);
+  in("iconUrl", t.iconUrl);
+  in("liveType", t.liveType);
+  in("modified", t.modified);
+  in("name", t.name);
+  in("type", t.templateType);
+  in("width", t.width);
+  in("metadataXML", t.metadataXML);
 }
 
-std::shared_ptr<ThemeInfo> readThemeInfo(const soap::Node& node) {
-  auto t = std::make_shared<ThemeInfo>();
-  RecordReader in(node, kLenient, kTypedDates);
-  in("created", t->created);
-  in("modified", t->modified);
-  in("name", t->name);
-  in("description", t->description);
-  in("guid", t->guid);
-  in("width", t->width);
-  in("height", t->height);
-  in("smIconUrl", t->smIconUrl);
-  in("lgIconUrl", t->lgIconUrl);
-  if (const soap::Node* list = node.child("themeTemplateList")) {
-    t->themeTemplateList = util::readList<ThemeTemplate>(*list, [](const soap::Node& item) {
-      auto tt = std::make_shared<ThemeTemplate>();
-      RecordReader of(item, kLenient);
-      of("templateGuid", tt->templateGuid);
-      of("required", tt->required);
-      return tt;
-    });
+void readThemeTemplate(const Fields& in, ThemeTemplate& t) {
+  in("templateGuid", t.templateGuid);
+  in("required", t.required);
+}
+
+void readThemeInfo(const Fields& answer, ThemeInfo& t) {
+  const auto in = lenient(answer);
+  in("created", t.created);
+  in("modified", t.modified);
+  in("name", t.name);
+  in("description", t.description);
+  in("guid", t.guid);
+  in("width", t.width);
+  in("height", t.height);
+  in("smIconUrl", t.smIconUrl);
+  in("lgIconUrl", t.lgIconUrl);
+  if (auto list = in.child("themeTemplateList")) {
+    t.themeTemplateList = listOf<ThemeTemplate, readThemeTemplate>(*list);
   }
-  return t;
 }
 
-std::shared_ptr<Property> readProperty(const soap::Node& node) {
-  auto p = std::make_shared<Property>();
-  RecordReader in(node, kLenient);
-  in("assetDependencies", p->assetDependencies);
-  in("assetID", p->assetID);
-  in("manageable", p->manageable);
-  in("name", p->name);
-  in("value", p->value);
-  in("manageid", p->manageid);
-  return p;
+void readProperty(const Fields& in, Property& p) {
+  in("assetDependencies", p.assetDependencies);
+  in("assetID", p.assetID);
+  in("manageable", p.manageable);
+  in("name", p.name);
+  in("value", p.value);
+  in("manageid", p.manageid);
 }
 
-std::shared_ptr<Component> readComponent(const soap::Node& node) {
-  auto c = std::make_shared<Component>();
-  RecordReader in(node, kLenient);
-  in("guid", c->guid);
-  in("label", c->label);
-  in("className", c->className);
-  if (const soap::Node* list = node.child("properties")) {
-    c->properties = util::readList<Property>(*list, readProperty);
-  }
-  return c;
+void readComponent(const Fields& answer, Component& c) {
+  const auto in = lenient(answer);
+  in("guid", c.guid);
+  in("label", c.label);
+  in("className", c.className);
+  if (auto list = in.child("properties")) c.properties = listOf<Property, readProperty>(*list);
 }
 
-template <class T, class ReadOne>
-auto listOf(ReadOne readOne) {
-  return [readOne](const soap::Answer& a) { return util::readList<T>(a.returnNode(), readOne); };
-}
+constexpr auto kHasTemplateAccess = Operation<bool>("hasTemplateAccess", Service::Main)
+                                        .sends("templateGuid", "rights").reads(asBool);
+// The service names its list operations; the caller says which one.
+constexpr auto kGetTemplateList = Operation<TemplateList>("", Service::Main)
+                                      .sends("type").reads(listOf<TemplateInfo, readTemplateInfo>);
+constexpr auto kGetProjectTemplateList =
+    Operation<TemplateList>("getProjectTemplateList_Array", Service::Main)
+        .sends("projectGuid", "includeDeploymentInfo")
+        .reads(listOf<TemplateInfo, readTemplateInfo>);
+constexpr auto kSetTemplateMetadata = Operation<bool>("setTemplateMetadata", Service::Main)
+                                          .sends("tGuid", "metadataXML").trueWhenAnswered();
+constexpr auto kTemplateExists =
+    Operation<bool>("templateExists", Service::Main).sends("tGuid").reads(asBool);
+constexpr auto kGetTemplateInfo =
+    Operation<std::shared_ptr<TemplateInfo>>("getTemplateInfo", Service::Main)
+        .sends("templateGuid").reads(record<TemplateInfo, readTemplateInfo>)
+        .alerts(FaultAlert::silent());
+constexpr auto kGetThemeTemplateInfo =
+    Operation<std::shared_ptr<TemplateInfo>>("getThemeTemplateInfo", Service::Main)
+        .sends("themeGuid", "templateGuid").reads(record<TemplateInfo, readTemplateInfo>)
+        .alerts(FaultAlert::silent());
+constexpr auto kCopyTemplate =
+    Operation<std::string>("copyTemplate", Service::Main)
+        .sends("templateGuid", "targetProjectGuid", "templateName", "overwriteExisting")
+        .timeout(kLongTimeoutMs).reads(asText);
+constexpr auto kDeleteTemplate = Operation<std::string>("deleteTemplate", Service::Main)
+                                     .sends("templateGuid", "doUndeploy").reads(asText);
+constexpr auto kGetComponents =
+    Operation<std::shared_ptr<Collection<Component>>>("getComponents", Service::Main)
+        .sends("templateGuid", "cGuid", "cLabel", "cClass")
+        .reads(listOf<Component, readComponent>);
+constexpr auto kGetThemeList = Operation<std::shared_ptr<Collection<ThemeInfo>>>("", Service::Main)
+                                   .sends("type").reads(listOf<ThemeInfo, readThemeInfo>);
+constexpr auto kGetThemeInfo = Operation<std::shared_ptr<ThemeInfo>>("getThemeInfo", Service::Main)
+                                   .sends("guid").reads(record<ThemeInfo, readThemeInfo>);
+constexpr auto kApplyTheme = Operation<bool>("applyTheme", Service::Main)
+                                 .sends("themeGuid", "projectGuid").timeout(kLongTimeoutMs)
+                                 .reads(asBool);
 
 }  // namespace
 
 bool ZylService::hasTemplateAccess(const std::string& templateGuid, const std::string& rights) {
-  return service::call(
-      *state_, kHasTemplateAccess,
-      [&] {
-        return Elements{{"templateGuid", templateGuid}, {"rights", rights}};
-      },
-      false, service::returnBool);
+  return kHasTemplateAccess(*state_, templateGuid, rights);
 }
 
 std::shared_ptr<Collection<TemplateInfo>> ZylService::getTemplateList(
     const std::string& tType, const std::string& methodStr) {
-  // The service names its list operations; the caller says which one.
-  const Operation op{methodStr, Service::Main};
-  return service::call(
-      *state_, op,
-      [&] {
-        return Elements{{"type", tType}};
-      },
-      std::shared_ptr<Collection<TemplateInfo>>(), listOf<TemplateInfo>(readTemplateInfo));
+  return kGetTemplateList.named(methodStr)(*state_, tType);
 }
 
 std::shared_ptr<Collection<TemplateInfo>> ZylService::getProjectTemplateList(
     const std::string& projectGuid, bool includeDeploymentInfo) {
-  return service::call(
-      *state_, kGetProjectTemplateList,
-      [&] {
-        return Elements{{"projectGuid", projectGuid},
-                        {"includeDeploymentInfo", includeDeploymentInfo}};
-      },
-      std::shared_ptr<Collection<TemplateInfo>>(), listOf<TemplateInfo>(readTemplateInfo));
+  return kGetProjectTemplateList(*state_, projectGuid, includeDeploymentInfo);
 }
 
 bool ZylService::setTemplateMetadata(const std::string& templateGuid,
                                      const std::string& metadataXML) {
-  return service::call(
-      *state_, kSetTemplateMetadata,
-      [&] {
-        return Elements{{"tGuid", templateGuid}, {"metadataXML", metadataXML}};
-      },
-      false, service::trueWhenAnswered);
+  return kSetTemplateMetadata(*state_, templateGuid, metadataXML);
 }
 
 bool ZylService::templateExists(const std::string& templateGuid) {
-  return service::call(
-      *state_, kTemplateExists,
-      [&] {
-        return Elements{{"tGuid", templateGuid}};
-      },
-      false, service::returnBool);
+  return kTemplateExists(*state_, templateGuid);
 }
 
 std::shared_ptr<TemplateInfo> ZylService::getTemplateInfo(const std::string& templateGuid) {
-  return service::call(
-      *state_, kGetTemplateInfo,
-      [&] {
-        return Elements{{"templateGuid", templateGuid}};
-      },
-      std::shared_ptr<TemplateInfo>(),
-      [](const soap::Answer& a) { return readTemplateInfo(a.returnNode()); }, service::silentFault);
+  return kGetTemplateInfo(*state_, templateGuid);
 }
 
 std::shared_ptr<TemplateInfo> ZylService::getThemeTemplateInfo(const std::string& themeGuid,
                                                                const std::string& templateGuid) {
-  return service::call(
-      *state_, kGetThemeTemplateInfo,
-      [&] {
-        return Elements{{"themeGuid", themeGuid}, {"templateGuid", templateGuid}};
-      },
-      std::shared_ptr<TemplateInfo>(),
-      [](const soap::Answer& a) { return readTemplateInfo(a.returnNode()); }, service::silentFault);
+  return kGetThemeTemplateInfo(*state_, themeGuid, templateGuid);
 }
 
 std::string ZylService::copyTemplate(const std::string& templateGuid,
                                      const std::string& projectGuid,
                                      const std::string& templateName, bool overwriteExisting) {
-  return service::call(
-      *state_, kCopyTemplate,
-      [&] {
-        return Elements{{"templateGuid", templateGuid},
-                        {"targetProjectGuid", projectGuid},
-                        {"templateName", templateName},
-                        {"overwriteExisting", overwriteExisting}};
-      },
-      std::string(), service::returnText);
+  return kCopyTemplate(*state_, templateGuid, projectGuid, templateName, overwriteExisting);
 }
 
 std::string ZylService::deleteTemplate(const std::string& templateGuid, bool undeploy) {
-  return service::call(
-      *state_, kDeleteTemplate,
-      [&] {
-        return Elements{{"templateGuid", templateGuid}, {"doUndeploy", undeploy}};
-      },
-      std::string(), service::returnText);
+  return kDeleteTemplate(*state_, templateGuid, undeploy);
 }
 
 std::shared_ptr<Collection<Component>> ZylService::getComponents(
     const std::string& templateGuid, const std::string& componentGuid,
     const std::string& componentLabel, const std::string& componentClass) {
-  return service::call(
-      *state_, kGetComponents,
-      [&] {
-        return Elements{{"templateGuid", templateGuid},
-                        {"cGuid", componentGuid},
-                        {"cLabel", componentLabel},
-                        {"cClass", componentClass}};
-      },
-      std::shared_ptr<Collection<Component>>(), listOf<Component>(readComponent));
+  return kGetComponents(*state_, templateGuid, componentGuid, componentLabel, componentClass);
 }
 
 std::shared_ptr<Collection<ThemeInfo>> ZylService::getThemeList(const std::string& typeStr,
                                                                 const std::string& methodStr) {
-  const Operation op{methodStr, Service::Main};
-  return service::call(
-      *state_, op,
-      [&] {
-        return Elements{{"type", typeStr}};
-      },
-      std::shared_ptr<Collection<ThemeInfo>>(), listOf<ThemeInfo>(readThemeInfo));
+  return kGetThemeList.named(methodStr)(*state_, typeStr);
 }
 
 std::shared_ptr<ThemeInfo> ZylService::getThemeInfo(const std::string& guid) {
-  return service::call(
-      *state_, kGetThemeInfo,
-      [&] {
-        return Elements{{"guid", guid}};
-      },
-      std::shared_ptr<ThemeInfo>(),
-      [](const soap::Answer& a) { return readThemeInfo(a.returnNode()); });
+  return kGetThemeInfo(*state_, guid);
 }
 
 bool ZylService::applyTheme(const std::string& themeGuid, const std::string& projectGuid) {
-  return service::call(
-      *state_, kApplyTheme,
-      [&] {
-        return Elements{{"themeGuid", themeGuid}, {"projectGuid", projectGuid}};
-      },
-      false, service::returnBool);
+  return kApplyTheme(*state_, themeGuid, projectGuid);
 }
 
 }  // namespace brenmoor

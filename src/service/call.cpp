@@ -1,50 +1,97 @@
 #include "service/call.h"
 
-#include "service/endpoints.h"
 #include "service/error_reporter.h"
 #include "service/key.h"
 #include "soap/failure.h"
 #include "soap/transport.h"
-#include "util/convert.h"
 
 namespace brenmoor::service {
+namespace {
 
-std::string genericFaultAlert(const soap::Node& fault) {
-  auto part = [&](size_t i) -> const soap::Node& {
-    if (i >= fault.children().size()) {
-      throw soap::Failure(soap::kGeneralFailure,
-                          "The fault answer lacks its part " + std::to_string(i + 1));
-    }
-    return *fault.children()[i];
-  };
-  const soap::Node& code = part(0);
-  return "Fault:" + std::string(code.valueLocalName()) + " " + code.valueNamespace() + " " +
-         part(1).textContent() + " " + part(2).textContent() + " ";
+// The id of a procGuid; nothing for one without ";".
+std::optional<std::string> processId(const soap::Value& procGuid) {
+  const auto* text = std::get_if<std::string>(&procGuid);
+  if (!text) return std::nullopt;
+  auto separator = text->find(';');
+  if (separator == std::string::npos) return std::nullopt;
+  return text->substr(0, separator);
 }
 
-Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& elements,
-            const std::function<void(const soap::Answer&)>& read, const FaultAlert& alert) {
-  try {
-    // The operation's own values are made first: one that cannot be converted stops the call
-    // before a key is spent.
-    Elements request = elements();
-    if (op.key == Key::Sent) request.insert(request.begin(), {"key", nextKey(state)});
-    const auto service = soap::serviceInfo(op.service);
-    const std::string text =
-        soap::writeEnvelope(service.namespaceUri, op.name, request, state.envelopeOption);
+std::string duplicateNameAlert(const soap::Node& fault, std::string_view name) {
+  const soap::Node detail = fault.child("detail");
+  const soap::Node id = detail ? detail.child("id") : soap::Node();
+  if (id && id.textContent() == "1") {
+    return "A project named " + std::string(name) +
+           " already exists. Please select another name for the project";
+  }
+  return genericFaultAlert(fault);
+}
 
-    soap::HttpTransport transport(state.connections);
-    if (op.timeoutMs != kDefaultTimeout) transport.setTimeout(op.timeoutMs);
-    transport.setSoapAction(std::string(service.namespaceUri));
+std::string alertText(const FaultAlert& alert, const soap::Node& fault, std::string_view name) {
+  switch (alert.kind) {
+    case FaultAlert::Silent: return {};
+    case FaultAlert::DuplicateName: return duplicateNameAlert(fault, name);
+    case FaultAlert::Generic: break;
+  }
+  return genericFaultAlert(fault);
+}
+
+}  // namespace
+
+std::string genericFaultAlert(const soap::Node& fault) {
+  std::array<soap::Node, 3> parts;
+  size_t count = 0;
+  for (soap::Node part : fault.children()) {
+    parts[count++] = part;
+    if (count == parts.size()) break;
+  }
+  if (count < parts.size()) {
+    throw soap::Failure(soap::kGeneralFailure,
+                        "The fault answer lacks its part " + std::to_string(count + 1));
+  }
+  return "Fault:" + std::string(parts[0].valueLocalName()) + " " +
+         std::string(parts[0].valueNamespace()) + " " + parts[1].textContent() + " " +
+         parts[2].textContent() + " ";
+}
+
+Outcome run(State& state, const Settings& settings,
+            FunctionRef<void(std::vector<soap::Element>&)> makeElements,
+            FunctionRef<void(const soap::Answer&)> read, std::string_view alertName) {
+  if (!settings.sinceVersion.empty() &&
+      !serverIsAtLeast(state, std::string(settings.sinceVersion))) {
+    return Outcome::NotSent;
+  }
+  try {
+    // The operation's own values are made first: one that cannot be made stops the call before
+    // a key is spent.
+    std::vector<soap::Element> request;
+    request.reserve(8);
+    if (settings.key == Key::Sent) request.push_back({"key", std::string()});
+    makeElements(request);
+    if (settings.processHandle) {
+      auto id = processId(request.back().value);
+      if (!id) return Outcome::NotSent;
+      request.back().value = std::move(*id);
+    }
+    if (settings.key == Key::Sent) request.front().value = nextKey(state);
+
+    const auto service = serviceInfo(settings.service);
+    const std::string text =
+        soap::writeEnvelope(service.namespaceUri, settings.name, request, state.envelopeOption);
+
+    soap::HttpTransport transport(state.connections, state.answerLimits);
+    if (settings.timeoutMs != kDefaultTimeout) transport.setTimeout(settings.timeoutMs);
+    transport.setSoapAction(service.namespaceUri);
     if (state.useProxy) transport.setProxy("localhost", 8080);
 
-    const std::string url = op.serviceCode ? serviceUrlForCode(state.baseUrl, op.serviceCode)
-                                           : state.endpoint(op.service);
-    const auto reply = transport.send(url, text);
-    const auto answer = soap::Answer::parse(reply.body, reply.charset, url);
+    const std::string url = settings.processHandle
+                                 ? serviceUrlForCode(state.baseUrl, "M")
+                                 : state.endpoint(settings.service);
+    const soap::Answer answer = transport.send(url, text);
     if (answer.isFault()) {
-      if (auto text = alert(answer.firstParameter()); !text.empty()) {
-        state.host->messageBox(text, "");
+      if (auto shown = alertText(settings.alert, answer.firstParameter(), alertName);
+          !shown.empty()) {
+        state.host->messageBox(shown, "");
       }
       return Outcome::Faulted;
     }
@@ -54,14 +101,6 @@ Outcome run(ZylService::State& state, const Operation& op, const ElementsFn& ele
     reportError(state, std::current_exception());
     return Outcome::Failed;
   }
-}
-
-std::string returnText(const soap::Answer& answer) {
-  return answer.returnNode().text();
-}
-
-bool returnBool(const soap::Answer& answer) {
-  return util::toBool(answer.returnNode());
 }
 
 }  // namespace brenmoor::service

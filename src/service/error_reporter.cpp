@@ -17,7 +17,7 @@ constexpr const char* kMaintenance =
 constexpr uint32_t kRuntimeErrorBase = 0x800A0000;
 
 // Returns false when the description cannot be used (it ends right after "Exception:").
-bool applyDescription(ZylService::State& state, const std::string& description) {
+bool applyDescription(State& state, const std::string& description) {
   auto at = description.find("Exception:");
   if (at == std::string::npos) {
     state.lastErrID = -1;
@@ -41,7 +41,7 @@ bool applyDescription(ZylService::State& state, const std::string& description) 
 
 }  // namespace
 
-void reportError(ZylService::State& state, uint32_t code, const std::string& description) {
+void reportError(State& state, uint32_t code, const std::string& description) {
   auto set = [&](int16_t id, std::string message) {
     state.lastErrID = id;
     state.lastErrMsg = std::move(message);
@@ -60,7 +60,7 @@ void reportError(ZylService::State& state, uint32_t code, const std::string& des
   if (state.showAlerts) state.host->messageBox(state.lastErrMsg, "Telvane");
 }
 
-void reportError(ZylService::State& state, const std::exception_ptr& failure) {
+void reportError(State& state, const std::exception_ptr& failure) {
   try {
     std::rethrow_exception(failure);
   } catch (const soap::Failure& f) {

@@ -10,9 +10,9 @@
 namespace brenmoor::service {
 
 // Codes outside the transport's are reported by their description alone.
-void reportError(ZylService::State& state, uint32_t code, const std::string& description);
+void reportError(State& state, uint32_t code, const std::string& description);
 
 // Reports whatever `failure` holds: a soap::Failure, an Error or any other exception.
-void reportError(ZylService::State& state, const std::exception_ptr& failure);
+void reportError(State& state, const std::exception_ptr& failure);
 
 }  // namespace brenmoor::service

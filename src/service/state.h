@@ -5,15 +5,15 @@
 #include <memory>
 #include <string>
 
-#include "auth/md5.h"
 #include "brenmoor/host.h"
-#include "brenmoor/zyl_service.h"
-#include "soap/namespaces.h"
+#include "service/catalog.h"
+#include "soap/answer.h"
 #include "soap/transport.h"
+#include "util/md5.h"
 
-namespace brenmoor {
+namespace brenmoor::service {
 
-struct ZylService::State {
+struct State {
   std::string sessionSecret;  // hashed into every key, never sent
   std::string sessionToken;
   int16_t keyCounter = 0;
@@ -33,9 +33,14 @@ struct ZylService::State {
   CMD5 md5;
 
   std::shared_ptr<Host> host = std::make_shared<StderrHost>();
+  soap::AnswerLimits answerLimits;
   soap::ConnectionPool connections;
 
-  const std::string& endpoint(soap::Service service) const;
+  const std::string& endpoint(Service service) const;
 };
 
-}  // namespace brenmoor
+// Whether version `v` ("a.b.c.d") is not newer than the server's. Always true against a 3.2.1.0
+// server; false when either version is not four whole numbers.
+bool serverIsAtLeast(const State& state, const std::string& v);
+
+}  // namespace brenmoor::service

@@ -5,21 +5,24 @@
 #include "brenmoor/version.h"
 #include "brenmoor/zyl_service.h"
 #include "service/call.h"
-#include "util/convert.h"
 
 namespace brenmoor {
 
-using service::Key;
-using service::Operation;
-using soap::Service;
+using namespace service;
 
 namespace {
-constexpr Operation kGetVersionQuickly{"getVersion", Service::Main, Key::None,
-                                       service::kPingTimeoutMs};
-constexpr Operation kGetGuid{"getGuid", Service::Main, Key::None};
-constexpr Operation kGetFixedUrl{"getFixedUrl", Service::Main, Key::None};
-constexpr Operation kIsCompatible{"isCompatible", Service::Login, Key::None};
-constexpr Operation kSendClientDebugInfo{"sendClientDebugInfo", Service::Main};
+
+constexpr auto kGetVersionQuickly = Operation<std::string>("getVersion", Service::Main)
+                                        .keyless().timeout(kPingTimeoutMs).reads(asText);
+constexpr auto kGetGuid = Operation<std::string>("getGuid", Service::Main).keyless().reads(asText);
+constexpr auto kGetFixedUrl =
+    Operation<std::string>("getFixedUrl", Service::Main).keyless().reads(asText);
+constexpr auto kIsCompatible = Operation<bool>("isCompatible", Service::Login)
+                                   .keyless().sends("clientCode", "major", "minor", "revision")
+                                   .reads(asBool);
+// Older servers lack the operation.
+constexpr auto kSendClientDebugInfo = Operation<bool>("sendClientDebugInfo", Service::Main)
+                                          .sends("debugInfo").trueWhenAnswered().since("3.2.4.59");
 
 // The four parts of "a.b.c.d" as 16-bit numbers; throws for anything else.
 std::array<int16_t, 4> versionParts(const std::string& text) {
@@ -35,33 +38,11 @@ std::array<int16_t, 4> versionParts(const std::string& text) {
   }
   return parts;
 }
+
 }  // namespace
 
-bool ZylService::Ping(const std::string& baseUrl, bool m_useProxy) {
-  SetServiceBaseUrl(baseUrl);
-  auto& s = *state_;
-  s.useProxy = m_useProxy;
-  // Ping reports silently, then leaves alerts on whatever they were before.
-  const bool alerts = s.showAlerts;
-  s.showAlerts = false;
-  auto outcome =
-      service::run(s, kGetVersionQuickly, service::noElements,
-                   [&](const soap::Answer& a) { s.serverVersion = service::returnText(a); });
-  s.showAlerts = outcome == service::Outcome::Failed ? true : alerts;
-  return outcome == service::Outcome::Answered;
-}
-
-std::string ZylService::getGuid() {
-  return service::call(*state_, kGetGuid, service::noElements, std::string(), service::returnText);
-}
-
-std::string ZylService::getFixedUrl() {
-  return service::call(*state_, kGetFixedUrl, service::noElements, std::string(),
-                       service::returnText);
-}
-
-bool ZylService::validVersion(const std::string& v) const {
-  const std::string& server = state_->serverVersion;
+bool service::serverIsAtLeast(const State& state, const std::string& v) {
+  const std::string& server = state.serverVersion;
   // A 3.2.1.0 server passes every check: it predates version checks.
   if (server == "3.2.1.0") return true;
   try {
@@ -76,37 +57,47 @@ bool ZylService::validVersion(const std::string& v) const {
   }
 }
 
+bool ZylService::Ping(const std::string& baseUrl, bool m_useProxy) {
+  SetServiceBaseUrl(baseUrl);
+  auto& s = *state_;
+  s.useProxy = m_useProxy;
+  // Ping reports silently, then leaves alerts on whatever they were before.
+  const bool alerts = s.showAlerts;
+  s.showAlerts = false;
+  auto version = kGetVersionQuickly.run(s);
+  if (version.answered()) s.serverVersion = version.value;
+  s.showAlerts = version.failed() ? true : alerts;
+  return version.answered();
+}
+
+std::string ZylService::getGuid() {
+  return kGetGuid(*state_);
+}
+
+std::string ZylService::getFixedUrl() {
+  return kGetFixedUrl(*state_);
+}
+
+bool ZylService::validVersion(const std::string& v) const {
+  return serverIsAtLeast(*state_, v);
+}
+
 bool ZylService::isCompatible() {
   auto& s = *state_;
-  bool compatible = false;
-  auto outcome = service::run(
-      s, kIsCompatible,
-      [] {
-        return service::Elements{{"clientCode", std::string("KWRB")},
-                                 {"major", int32_t{kVersionMajor}},
-                                 {"minor", int32_t{kVersionMinor}},
-                                 {"revision", int32_t{kVersionRevision}}};
-      },
-      [&](const soap::Answer& a) { compatible = service::returnBool(a); });
+  auto compatible = kIsCompatible.run(s, std::string("KWRB"), int32_t{kVersionMajor},
+                                      int32_t{kVersionMinor}, int32_t{kVersionRevision});
   // A failure to ask keeps the reporter's number; only a refusal or a fault means mismatch.
-  if (!compatible && outcome != service::Outcome::Failed) {
+  if (!compatible.value && !compatible.failed()) {
     s.lastErrID = 5;
     s.lastErrMsg =
         "The version of the Telvane Services Client library that you are using is incompatable "
         "with the Telvane service you are trying to access";
   }
-  return compatible;
+  return compatible.value;
 }
 
 void ZylService::sendDebugInfo(const std::string& debugInfo) {
-  // Older servers lack the operation.
-  if (!validVersion("3.2.4.59")) return;
-  service::run(
-      *state_, kSendClientDebugInfo,
-      [&] {
-        return service::Elements{{"debugInfo", debugInfo}};
-      },
-      [](const soap::Answer&) {});
+  kSendClientDebugInfo(*state_, debugInfo);
 }
 
 }  // namespace brenmoor

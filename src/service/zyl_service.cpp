@@ -4,16 +4,16 @@
 
 namespace brenmoor {
 
-ZylService::ZylService() : state_(std::make_unique<State>()) {}
+ZylService::ZylService() : state_(std::make_unique<service::State>()) {}
 ZylService::~ZylService() = default;
 
-const std::string& ZylService::State::endpoint(soap::Service service) const {
+const std::string& service::State::endpoint(Service service) const {
   switch (service) {
-    case soap::Service::Login: return loginUrl;
-    case soap::Service::Main: return telvaneUrl;
-    case soap::Service::Assets: return assetsUrl;
-    case soap::Service::Accounts: return accountsUrl;
-    case soap::Service::Reports: return reportsUrl;
+    case Service::Login: return loginUrl;
+    case Service::Main: return telvaneUrl;
+    case Service::Assets: return assetsUrl;
+    case Service::Accounts: return accountsUrl;
+    case Service::Reports: return reportsUrl;
   }
   return telvaneUrl;
 }
@@ -69,14 +69,21 @@ bool ZylService::showAlerts() const {
 void ZylService::SetServiceBaseUrl(const std::string& baseUrl) {
   auto& s = *state_;
   s.baseUrl = baseUrl;
-  auto at = [&](soap::Service service) {
-    return baseUrl + std::string(soap::serviceInfo(service).path);
+  auto at = [&](service::Service service) {
+    return baseUrl + std::string(service::serviceInfo(service).path);
   };
-  s.loginUrl = at(soap::Service::Login);
-  s.telvaneUrl = at(soap::Service::Main);
-  s.assetsUrl = at(soap::Service::Assets);
-  s.accountsUrl = at(soap::Service::Accounts);
-  s.reportsUrl = at(soap::Service::Reports);
+  s.loginUrl = at(service::Service::Login);
+  s.telvaneUrl = at(service::Service::Main);
+  s.assetsUrl = at(service::Service::Assets);
+  s.accountsUrl = at(service::Service::Accounts);
+  s.reportsUrl = at(service::Service::Reports);
+}
+
+uint64_t ZylService::maxAnswerBytes() const {
+  return state_->answerLimits.maxBytes;
+}
+void ZylService::setMaxAnswerBytes(uint64_t bytes) {
+  state_->answerLimits.maxBytes = bytes;
 }
 
 void ZylService::ShowAlerts(bool val) {

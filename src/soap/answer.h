@@ -1,37 +1,47 @@
 #pragma once
-// The answer tree: a parsed rpc/encoded SOAP answer with its multiRef references resolved, so
-// that readers see plain nested nodes. A multiRef is read once; every reference to it shares
-// its value, so answers that refer to one element many times stay small.
+// The answer of one call: a parsed rpc/encoded SOAP answer with its multiRef references
+// resolved, held compactly. Elements live in one flat array in document order (a subtree is a
+// contiguous run), names are interned and texts sit in one arena, so an answer costs a small,
+// fixed amount per element and nothing per reference: every reference to a multiRef shares it.
+//
+// Answers are built while the body arrives (AnswerParser) and read through Node, a small view.
 
-#include <memory>
+#include <cstdint>
+#include <deque>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace brenmoor::soap {
 
-struct Node;
-
-// What an element holds; shared by a multiRef and every element that refers to it.
-struct NodeValue {
-  std::string text;            // the element's own character data
-  std::string valueNamespace;  // for a qualified-name value (a fault code): its prefix's URI
-  std::string type;            // local name of the xsi:type, empty when untyped
-  std::string typeNamespace;   // namespace URI of the xsi:type
-  bool nil = false;            // xsi:nil="true" or "1"
-  std::vector<std::shared_ptr<const Node>> children;  // element children in document order
+// How much of an answer the library takes on. Past either bound the call fails with a text that
+// names the bound and the size reached.
+struct AnswerLimits {
+  static constexpr uint64_t kDefaultMaxBytes = uint64_t{1} << 30;
+  uint64_t maxBytes = kDefaultMaxBytes;  // of the body as it arrives
+  // An element costs about 24 bytes here, however small it is on the wire.
+  uint64_t maxElements() const { return maxBytes / 16 + 4096; }
 };
 
-struct Node {
-  std::string name;  // local name
-  std::string ns;    // namespace URI, empty for unqualified elements
-  std::shared_ptr<const NodeValue> value;
+class Answer;
 
-  const std::string& text() const { return value->text; }
-  bool nil() const { return value->nil; }
-  const std::vector<std::shared_ptr<const Node>>& children() const { return value->children; }
-  // The first child with this local name and no namespace, or null.
-  const Node* child(std::string_view childName) const;
+class Node {
+ public:
+  class Children;
+
+  Node() = default;
+  explicit operator bool() const { return answer_ != nullptr; }
+
+  std::string_view name() const;  // local name
+  std::string_view ns() const;    // namespace URI, empty for unqualified elements
+  // The element's own character data (of the multiRef, for a reference).
+  std::string_view text() const;
+  bool nil() const;  // xsi:nil="true" or "1"
+  bool isDateTime() const;  // typed xsd:dateTime
+  // The first child with this local name and no namespace, or a null node.
+  Node child(std::string_view childName) const;
+  Children children() const;
   // The text of the node and all its descendants, in document order. Throws Failure beyond
   // 16 MiB of text or a million nodes walked, which only a hostile answer reaches (by referring
   // to the same elements many times).
@@ -39,32 +49,127 @@ struct Node {
   // The local part of a qualified-name value ("ns1:Duplicate" gives "Duplicate"), and the URI
   // its prefix stands for.
   std::string_view valueLocalName() const;
-  const std::string& valueNamespace() const { return value->valueNamespace; }
-  // Whether the node is typed xsd:dateTime.
-  bool isDateTime() const;
+  std::string_view valueNamespace() const;
+  // Whether two nodes share one value (a multiRef both refer to), and that value's identity.
+  bool sharesValueWith(const Node& other) const;
+  uint32_t valueId() const { return value(); }
+  const Answer& answer() const { return *answer_; }
+
+ private:
+  friend class Answer;
+  friend class AnswerBuilder;
+  Node(const Answer* answer, uint32_t element) : answer_(answer), element_(element) {}
+  uint32_t value() const;
+
+  const Answer* answer_ = nullptr;
+  uint32_t element_ = 0;
+};
+
+class Node::Children {
+ public:
+  class iterator {
+   public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Node;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+    using reference = Node;
+
+    iterator() = default;
+    Node operator*() const { return Node(answer_, at_); }
+    iterator& operator++();
+    iterator operator++(int) {
+      auto before = *this;
+      ++*this;
+      return before;
+    }
+    bool operator==(const iterator& other) const { return at_ == other.at_; }
+
+   private:
+    friend class Children;
+    iterator(const Answer* answer, uint32_t at) : answer_(answer), at_(at) {}
+    const Answer* answer_ = nullptr;
+    uint32_t at_ = 0;
+  };
+
+  iterator begin() const { return {answer_, first_}; }
+  iterator end() const { return {answer_, end_}; }
+  bool empty() const { return first_ == end_; }
+  size_t size() const;  // counts: linear
+  Node front() const { return *begin(); }
+
+ private:
+  friend class Node;
+  Children(const Answer* answer, uint32_t first, uint32_t end)
+      : answer_(answer), first_(first), end_(end) {}
+  const Answer* answer_;
+  uint32_t first_;
+  uint32_t end_;
 };
 
 class Answer {
  public:
-  // Parses an answer body. `charset` comes from the Content-Type (empty: the document says, or
-  // UTF-8); `source` names the server in error texts. Throws Failure: kUnusableServer for text
-  // that is not a SOAP envelope, kServerFault for a SOAP Fault in the envelope namespace.
-  static Answer parse(std::string_view body, std::string_view charset, std::string_view source);
+  // Parses a whole body at once. `charset` comes from the Content-Type (empty: the document
+  // says, or UTF-8); `source` names the server in error texts. Throws Failure: kUnusableServer
+  // for text that is not a SOAP envelope, kServerFault for a SOAP Fault in the envelope
+  // namespace, kGeneralFailure past a limit.
+  static Answer parse(std::string_view body, std::string_view charset, std::string_view source,
+                      const AnswerLimits& limits = {});
+
+  Answer(Answer&&) noexcept = default;
+  Answer& operator=(Answer&&) noexcept = default;
 
   // The Body's entries, without the multiRef entries that are reachable only by reference.
-  const std::vector<std::shared_ptr<const Node>>& parameters() const { return parameters_; }
-
+  const std::vector<uint32_t>& parameterIndexes() const { return parameters_; }
+  size_t parameterCount() const { return parameters_.size(); }
+  Node parameter(size_t i) const { return Node(this, parameters_.at(i)); }
   // Throws Failure when the Body is empty.
-  const Node& firstParameter() const;
+  Node firstParameter() const;
   // An application fault: the first entry is named "Fault" (in a namespace of the service's).
   bool isFault() const;
   // The first child of the first parameter: the operation's return element. Throws Failure
   // when missing.
-  const Node& returnNode() const;
+  Node returnNode() const;
+
+  // What readers make of an answer is bounded in proportion to its size: each reader spends
+  // from one allowance, and a hostile answer whose items all share one large value fails here
+  // instead of growing without bound. Throws Failure (kGeneralFailure) once it is spent.
+  void spend(uint64_t units) const;
+  const std::string& source() const { return source_; }
 
  private:
-  std::vector<std::shared_ptr<const Node>> parameters_;
+  friend class Node;
+  friend class AnswerBuilder;
+  Answer() = default;
+
+  struct Element {
+    uint32_t name = 0;      // interned qualified name
+    uint32_t end = 0;       // one past the last element of its subtree
+    uint32_t text = 0;      // offset of its character data in the arena
+    uint32_t textSize = 0;
+    uint32_t reference;     // the element it refers to; itself when it refers to none
+    uint32_t type : 28;     // interned qualified name of its xsi:type, 0 for none
+    uint32_t nil : 1;
+    uint32_t referenceOnly : 1;  // soapenc:root="0": reached through references only
+    uint32_t qualifiedValue : 1;  // its text is a qualified name whose prefix is bound
+  };
+  struct QualifiedName {
+    std::string_view local;
+    std::string_view ns;
+  };
+
+  const Element& at(uint32_t i) const { return elements_[i]; }
+  std::string_view textOf(const Element& e) const { return {arena_.data() + e.text, e.textSize}; }
+
+  std::vector<Element> elements_;
+  std::string arena_;
+  std::vector<QualifiedName> names_;  // index 0: the empty name
+  std::deque<std::string> strings_;  // what the views of names_ and valueNamespaces_ point into
+  std::vector<std::pair<uint32_t, std::string_view>> valueNamespaces_;  // by element, sorted
+  std::vector<uint32_t> parameters_;
   std::string source_;
+  uint64_t allowance_ = 0;
+  mutable uint64_t spent_ = 0;
 };
 
 }  // namespace brenmoor::soap

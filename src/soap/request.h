@@ -26,7 +26,7 @@ using Value =
     std::variant<std::string, int16_t, int32_t, bool, double, Date, StringArray, Structure>;
 
 struct Element {
-  std::string name;
+  std::string_view name;  // always a literal of the operation's declaration
   Value value;
 };
 

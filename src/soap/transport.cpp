@@ -4,9 +4,13 @@
 
 #include <cerrno>
 #include <chrono>
+#include <exception>
 #include <mutex>
+#include <optional>
+#include <vector>
 
 #include "brenmoor/version.h"
+#include "soap/answer_parser.h"
 #include "soap/failure.h"
 
 namespace brenmoor::soap {
@@ -19,32 +23,59 @@ void initCurlOnce() {
   std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 }
 
-template <class Handle, void (*Free)(Handle*)>
-struct Deleter {
-  void operator()(Handle* h) const { Free(h); }
-};
-using EasyHandle = std::unique_ptr<CURL, Deleter<CURL, curl_easy_cleanup>>;
-using HeaderList = std::unique_ptr<curl_slist, Deleter<curl_slist, curl_slist_free_all>>;
+bool acceptedStatus(long status) {
+  return (status >= 200 && status <= 299) || status == 500;
+}
 
+std::string charsetOf(std::string_view contentType) {
+  auto at = contentType.find("charset=");
+  if (at == std::string_view::npos) return {};
+  auto value = contentType.substr(at + 8);
+  value = value.substr(0, value.find(';'));
+  while (!value.empty() && (value.back() == ' ' || value.back() == '"')) value.remove_suffix(1);
+  while (!value.empty() && (value.front() == ' ' || value.front() == '"')) value.remove_prefix(1);
+  return std::string(value);
+}
+
+// One exchange: the answer is parsed chunk by chunk as libcurl hands it over.
 struct Exchange {
-  std::string body;
-  std::string contentType;
-  bool tooLarge = false;
+  CURL* easy = nullptr;
+  const std::string* url = nullptr;
+  const AnswerLimits* limits = nullptr;
+  std::optional<AnswerParser> parser;
+  std::exception_ptr failure;  // thrown while parsing, kept until libcurl has returned
+  long refusedStatus = 0;
   bool idleTooLong = false;
   int32_t timeoutMs = 0;
   curl_off_t lastMoved = 0;  // bytes up plus down at the last movement
   Clock::time_point lastMovedAt = Clock::now();
+
+  AnswerParser& startParser() {
+    const char* contentType = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    return parser.emplace(contentType ? charsetOf(contentType) : std::string(), *url, *limits);
+  }
 };
 
 size_t onBody(char* data, size_t size, size_t count, void* user) {
   auto& x = *static_cast<Exchange*>(user);
-  size_t n = size * count;
-  if (x.body.size() + n > HttpTransport::kMaxAnswerBytes) {
-    x.tooLarge = true;
+  const size_t n = size * count;
+  try {
+    if (!x.parser) {
+      long status = 0;
+      curl_easy_getinfo(x.easy, CURLINFO_RESPONSE_CODE, &status);
+      if (!acceptedStatus(status)) {
+        x.refusedStatus = status;
+        return 0;
+      }
+      x.startParser();
+    }
+    x.parser->feed({data, n});
+    return n;
+  } catch (...) {
+    x.failure = std::current_exception();
     return 0;
   }
-  x.body.append(data, n);
-  return n;
 }
 
 int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
@@ -62,27 +93,18 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
   return 0;
 }
 
-std::string charsetOf(std::string_view contentType) {
-  auto at = contentType.find("charset=");
-  if (at == std::string_view::npos) return {};
-  auto value = contentType.substr(at + 8);
-  value = value.substr(0, value.find(';'));
-  while (!value.empty() && (value.back() == ' ' || value.back() == '"')) value.remove_suffix(1);
-  while (!value.empty() && (value.front() == ' ' || value.front() == '"')) value.remove_prefix(1);
-  return std::string(value);
+[[noreturn]] void throwUnexpectedStatus(long status) {
+  throw Failure(kUnexpectedStatus, "Unexpected HTTP Status code of " + std::to_string(status));
 }
 
 [[noreturn]] void throwFor(CURLcode rc, CURL* easy, const Exchange& x, const std::string& url,
                            const char* detail) {
+  if (x.failure) std::rethrow_exception(x.failure);
+  if (x.refusedStatus) throwUnexpectedStatus(x.refusedStatus);
   std::string what = detail[0] ? detail : curl_easy_strerror(rc);
   if (x.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
     throw Failure(kTimedOut, "No answer from " + url + " within " + std::to_string(x.timeoutMs) +
                                  " ms of inactivity");
-  }
-  if (x.tooLarge) {
-    throw Failure(kGeneralFailure, "The answer from " + url + " exceeds " +
-                                       std::to_string(HttpTransport::kMaxAnswerBytes >> 20) +
-                                       " MiB");
   }
   switch (rc) {
     case CURLE_COULDNT_CONNECT: {
@@ -110,80 +132,96 @@ std::string charsetOf(std::string_view contentType) {
 
 }  // namespace
 
-ConnectionPool::ConnectionPool() {
-  initCurlOnce();
-  CURLSH* share = curl_share_init();
-  curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_CONNECT);
-  curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
-  share_ = share;
-}
+// One libcurl handle per service object: it keeps its connections, its resolver cache and its
+// buffers from call to call. The header lists differ only by the action, one per service.
+struct ConnectionPool::Handles {
+  CURL* easy = nullptr;
+  std::vector<std::pair<std::string, curl_slist*>> headersByAction;
 
-ConnectionPool::~ConnectionPool() {
-  curl_share_cleanup(static_cast<CURLSH*>(share_));
-}
-
-HttpTransport::HttpTransport(ConnectionPool& pool) : pool_(pool) {}
-
-void HttpTransport::setProxy(std::string server, int port) {
-  proxy_ = "http://" + server + ":" + std::to_string(port);
-}
-
-HttpAnswer HttpTransport::send(const std::string& url, const std::string& requestText) {
-  EasyHandle easy(curl_easy_init());
-  if (!easy) throw Failure(kGeneralFailure, "Out of memory creating an HTTP request");
-  CURL* e = easy.get();
-  Exchange x;
-  x.timeoutMs = timeoutMs_ > 0 ? timeoutMs_ : kDefaultTimeoutMs;
-  char detail[CURL_ERROR_SIZE] = "";
-  static const std::string userAgent = std::string("Brenmoor/") + kVersionString;
-
-  curl_slist* list = nullptr;
-  for (const std::string& h : {std::string("Content-Type: text/xml; charset=UTF-8"),
-                               "SOAPAction: \"" + soapAction_ + "\"", std::string("Expect:")}) {
-    curl_slist* grown = curl_slist_append(list, h.c_str());
-    if (!grown) {
-      curl_slist_free_all(list);
-      throw Failure(kGeneralFailure, "Out of memory building HTTP headers");
-    }
-    list = grown;
+  ~Handles() {
+    for (auto& [action, list] : headersByAction) curl_slist_free_all(list);
+    if (easy) curl_easy_cleanup(easy);
   }
-  HeaderList headers(list);
 
-  curl_easy_setopt(e, CURLOPT_SHARE, pool_.share());
-  curl_easy_setopt(e, CURLOPT_URL, url.c_str());
+  curl_slist* headersFor(std::string_view action) {
+    for (auto& [known, list] : headersByAction) {
+      if (known == action) return list;
+    }
+    curl_slist* list = nullptr;
+    const std::string soapAction = "SOAPAction: \"" + std::string(action) + "\"";
+    for (const char* h : {"Content-Type: text/xml; charset=UTF-8", soapAction.c_str(), "Expect:"}) {
+      curl_slist* grown = curl_slist_append(list, h);
+      if (!grown) {
+        curl_slist_free_all(list);
+        throw Failure(kGeneralFailure, "Out of memory building HTTP headers");
+      }
+      list = grown;
+    }
+    headersByAction.emplace_back(std::string(action), list);
+    return list;
+  }
+};
+
+ConnectionPool::ConnectionPool() : handles_(std::make_unique<Handles>()) {
+  initCurlOnce();
+  CURL* e = curl_easy_init();
+  if (!e) throw Failure(kGeneralFailure, "Out of memory creating an HTTP handle");
+  handles_->easy = e;
+  static const std::string userAgent = std::string("Brenmoor/") + kVersionString;
   curl_easy_setopt(e, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(e, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
   curl_easy_setopt(e, CURLOPT_POST, 1L);
-  curl_easy_setopt(e, CURLOPT_POSTFIELDS, requestText.data());
-  curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(requestText.size()));
-  curl_easy_setopt(e, CURLOPT_HTTPHEADER, headers.get());
   curl_easy_setopt(e, CURLOPT_USERAGENT, userAgent.c_str());
   curl_easy_setopt(e, CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
-  // The library has no environment configuration: an empty proxy turns off $http_proxy too.
-  curl_easy_setopt(e, CURLOPT_PROXY, proxy_.c_str());
   curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(x.timeoutMs));
   curl_easy_setopt(e, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, onProgress);
-  curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x);
   curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, onBody);
+  curl_easy_setopt(e, CURLOPT_BUFFERSIZE, 128L * 1024);
+}
+
+ConnectionPool::~ConnectionPool() = default;
+
+HttpTransport::HttpTransport(ConnectionPool& pool, const AnswerLimits& limits)
+    : pool_(pool), limits_(limits) {}
+
+void HttpTransport::setProxy(std::string_view server, int port) {
+  proxy_ = "http://" + std::string(server) + ":" + std::to_string(port);
+}
+
+Answer HttpTransport::send(const std::string& url, std::string_view requestText) {
+  CURL* e = pool_.handles_->easy;
+  Exchange x;
+  x.easy = e;
+  x.url = &url;
+  x.limits = &limits_;
+  x.timeoutMs = timeoutMs_ > 0 ? timeoutMs_ : kDefaultTimeoutMs;
+  char detail[CURL_ERROR_SIZE] = "";
+
+  curl_easy_setopt(e, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(e, CURLOPT_POSTFIELDS, requestText.data());
+  curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(requestText.size()));
+  curl_easy_setopt(e, CURLOPT_HTTPHEADER, pool_.handles_->headersFor(soapAction_));
+  // The library has no environment configuration: an empty proxy turns off $http_proxy too.
+  curl_easy_setopt(e, CURLOPT_PROXY, proxy_.c_str());
+  curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(x.timeoutMs));
+  curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x);
   curl_easy_setopt(e, CURLOPT_WRITEDATA, &x);
   curl_easy_setopt(e, CURLOPT_ERRORBUFFER, detail);
 
-  CURLcode rc = curl_easy_perform(e);
+  const CURLcode rc = curl_easy_perform(e);
+  // The handle outlives this call: nothing of it may point into this frame.
+  curl_easy_setopt(e, CURLOPT_ERRORBUFFER, nullptr);
+  curl_easy_setopt(e, CURLOPT_XFERINFODATA, nullptr);
+  curl_easy_setopt(e, CURLOPT_WRITEDATA, nullptr);
+  curl_easy_setopt(e, CURLOPT_POSTFIELDS, nullptr);
   if (rc != CURLE_OK) throwFor(rc, e, x, url, detail);
 
-  HttpAnswer answer;
-  curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &answer.status);
-  const char* contentType = nullptr;
-  curl_easy_getinfo(e, CURLINFO_CONTENT_TYPE, &contentType);
-  if (contentType) answer.charset = charsetOf(contentType);
-  if ((answer.status < 200 || answer.status > 299) && answer.status != 500) {
-    throw Failure(kUnexpectedStatus,
-                  "Unexpected HTTP Status code of " + std::to_string(answer.status));
-  }
-  answer.body = std::move(x.body);
-  return answer;
+  long status = 0;
+  curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &status);
+  if (!acceptedStatus(status)) throwUnexpectedStatus(status);
+  if (!x.parser) x.startParser();
+  return x.parser->finish();
 }
 
 }  // namespace brenmoor::soap

@@ -1,10 +1,13 @@
 #pragma once
 // HTTP transport for SOAP requests, on libcurl. One transport serves one call; the connection
-// pool outlives calls so that keep-alive connections are reused.
+// pool outlives calls, so that one libcurl handle and its kept-alive connections serve them all.
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+
+#include "soap/answer.h"
 
 namespace brenmoor::soap {
 
@@ -15,40 +18,34 @@ class ConnectionPool {
   ConnectionPool(const ConnectionPool&) = delete;
   ConnectionPool& operator=(const ConnectionPool&) = delete;
 
-  void* share() const { return share_; }  // the CURLSH handle
-
  private:
-  void* share_;
-};
-
-struct HttpAnswer {
-  long status = 0;
-  std::string charset;  // from the Content-Type, empty when none
-  std::string body;
+  friend class HttpTransport;
+  struct Handles;
+  std::unique_ptr<Handles> handles_;
 };
 
 class HttpTransport {
  public:
   static constexpr int32_t kDefaultTimeoutMs = 15000;
-  // Larger answers are refused rather than held in memory.
-  static constexpr size_t kMaxAnswerBytes = 64u << 20;
 
-  explicit HttpTransport(ConnectionPool& pool);
+  HttpTransport(ConnectionPool& pool, const AnswerLimits& limits);
 
   // Inactivity time-out: the call fails when no byte has moved for this long.
   void setTimeout(int32_t milliseconds) { timeoutMs_ = milliseconds; }
   // The action URI; it goes on the wire in double quotes.
-  void setSoapAction(std::string action) { soapAction_ = std::move(action); }
-  void setProxy(std::string server, int port);
+  void setSoapAction(std::string_view action) { soapAction_ = action; }
+  void setProxy(std::string_view server, int port);
 
-  // POSTs a SOAP request. Answers with status 2xx and 500 are returned (a 500 carries a
-  // Fault); everything else throws Failure with the code for its kind.
-  HttpAnswer send(const std::string& url, const std::string& requestText);
+  // POSTs a SOAP request and parses the answer while it arrives. Answers with status 2xx and
+  // 500 are parsed (a 500 carries a Fault); everything else throws Failure with the code for
+  // its kind, as does an answer that cannot be parsed or passes a limit.
+  Answer send(const std::string& url, std::string_view requestText);
 
  private:
   ConnectionPool& pool_;
+  AnswerLimits limits_;
   int32_t timeoutMs_ = kDefaultTimeoutMs;
-  std::string soapAction_;
+  std::string_view soapAction_;
   std::string proxy_;  // empty: no proxy at all
 };
 

@@ -5,17 +5,11 @@
 #include <cstdint>
 #include <string_view>
 
-#include "soap/answer.h"
-
 namespace brenmoor::util {
 
 bool toBool(std::string_view text);  // true/false in any case, or a number (zero is false)
 int32_t toInt32(std::string_view text);
 int16_t toInt16(std::string_view text);
 double toDouble(std::string_view text);
-
-inline bool toBool(const soap::Node& node) {
-  return toBool(node.text());
-}
 
 }  // namespace brenmoor::util

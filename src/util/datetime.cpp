@@ -1,8 +1,8 @@
-#include "soap/datetime.h"
+#include "util/datetime.h"
 
 #include "brenmoor/error.h"
 
-namespace brenmoor::soap {
+namespace brenmoor::util {
 
 std::string formatDateTime(const Date& utc) {
   std::string text = utc.toString();  // "yyyy-mm-dd hh:mm:ss[.fff]"
@@ -36,4 +36,4 @@ Date parseDateTime(std::string_view text) {
   return date->addSeconds(-offsetSeconds);
 }
 
-}  // namespace brenmoor::soap
+}  // namespace brenmoor::util

@@ -6,7 +6,7 @@
 
 #include "brenmoor/date.h"
 
-namespace brenmoor::soap {
+namespace brenmoor::util {
 
 // "yyyy-mm-ddThh:mm:ssZ", with ".fff" before the Z when the milliseconds are not zero.
 std::string formatDateTime(const Date& utc);
@@ -15,4 +15,4 @@ std::string formatDateTime(const Date& utc);
 // Error::TypeMismatch for any other text.
 Date parseDateTime(std::string_view text);
 
-}  // namespace brenmoor::soap
+}  // namespace brenmoor::util

@@ -1,0 +1,485 @@
+#include "soap/answer_parser.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <exception>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "soap/failure.h"
+#include "soap/namespaces.h"
+
+namespace brenmoor::soap {
+namespace {
+
+// Deeper answers are hostile, not real: no service record nests anywhere near this. Counted
+// from a Body entry, through references.
+constexpr uint32_t kMaxDepth = 128;
+// Readers may make this many bytes of records per byte of answer, and a little more.
+constexpr uint64_t kReadAllowancePerByte = 16;
+constexpr uint64_t kReadAllowanceBase = 1u << 20;
+
+std::string_view prefixOf(std::string_view qname) {
+  auto colon = qname.find(':');
+  return colon == std::string_view::npos ? std::string_view{} : qname.substr(0, colon);
+}
+
+std::string_view localOf(std::string_view qname) {
+  auto colon = qname.find(':');
+  return colon == std::string_view::npos ? qname : qname.substr(colon + 1);
+}
+
+bool isXmlSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+// The expat name of a charset from the Content-Type; null lets the document say.
+const char* expatEncoding(std::string_view charset, const std::string& source) {
+  std::string c(charset);
+  std::transform(c.begin(), c.end(), c.begin(), [](unsigned char ch) { return std::tolower(ch); });
+  if (c.empty() || c == "utf-16") return nullptr;  // the byte order mark or the text decides
+  if (c == "utf-8" || c == "utf8") return "UTF-8";
+  if (c == "utf-16le") return "UTF-16LE";
+  if (c == "utf-16be") return "UTF-16BE";
+  if (c == "iso-8859-1" || c == "latin1" || c == "us-ascii" || c == "ascii") return "ISO-8859-1";
+  throw Failure(kUnusableServer, "The answer from " + source + " uses the unknown charset " + c);
+}
+
+struct NameKey {
+  std::string_view ns;
+  std::string_view local;
+  bool operator==(const NameKey&) const = default;
+};
+
+struct NameKeyHash {
+  size_t operator()(const NameKey& k) const {
+    return std::hash<std::string_view>()(k.local) ^ (std::hash<const void*>()(k.ns.data()) << 1);
+  }
+};
+
+}  // namespace
+
+// Turns expat's events into an Answer. Namespace prefixes are resolved on the fly from a stack
+// of the bindings in scope; names and namespace URIs are interned as they first appear.
+class AnswerBuilder {
+ public:
+  AnswerBuilder(std::string source, const AnswerLimits& limits) : limits_(limits) {
+    answer_.source_ = std::move(source);
+    answer_.names_.push_back({});
+    internedNames_.emplace(NameKey{}, 0);
+  }
+
+  void startElement(const char* rawName, const char** attributes) {
+    finishRun();
+    if (answer_.elements_.size() >= limits_.maxElements()) {
+      fail(kGeneralFailure, "holds more than " + std::to_string(limits_.maxElements()) +
+                                " elements, the limit for answers of at most " +
+                                std::to_string(limits_.maxBytes) + " bytes");
+    }
+
+    const auto index = static_cast<uint32_t>(answer_.elements_.size());
+    open_.push_back({index, static_cast<uint32_t>(bindings_.size()),
+                     static_cast<uint32_t>(pending_.size())});
+    for (const char** a = attributes; *a; a += 2) {
+      std::string_view name = a[0];
+      if (name == "xmlns") {
+        bindings_.push_back({std::string(), internNamespace(a[1])});
+      } else if (name.starts_with("xmlns:")) {
+        bindings_.push_back({std::string(name.substr(6)), internNamespace(a[1])});
+      }
+    }
+
+    Answer::Element e{};
+    std::string_view name = rawName;
+    e.name = internName(resolve(prefixOf(name)), localOf(name));
+    e.reference = index;
+    for (const char** a = attributes; *a; a += 2) {
+      std::string_view attribute = a[0];
+      std::string_view value = a[1];
+      auto prefix = prefixOf(attribute);
+      if (prefix.empty()) {
+        if (attribute == "id") {
+          ids_.push_back({store(value), index});
+        } else if (attribute == "href" && !value.empty()) {
+          if (value.front() != '#') fail(kUnusableServer, "refers to the external resource " +
+                                                              std::string(value));
+          hrefs_.push_back({store(value.substr(1)), index});
+        }
+        continue;
+      }
+      if (prefix == "xmlns") continue;
+      auto ns = resolve(prefix);
+      auto local = localOf(attribute);
+      if (ns == kSchemaInstanceNs && local == "nil") {
+        e.nil = value == "true" || value == "1";
+      } else if (ns == kSchemaInstanceNs && local == "type") {
+        e.type = internName(resolve(prefixOf(value)), localOf(value));
+      } else if (ns == kEncodingNs && local == "root") {
+        e.referenceOnly = value == "0" || value == "false";
+      }
+    }
+    answer_.elements_.push_back(e);
+
+    if (open_.size() == 1) {
+      const auto& n = answer_.names_[e.name];
+      if (n.local != "Envelope" || n.ns != kEnvelopeNs) {
+        fail(kUnusableServer,
+             "is not a SOAP envelope (its root element is <" + std::string(name) + ">)");
+      }
+    } else if (open_.size() == 2 && body_ == kNone) {
+      const auto& n = answer_.names_[e.name];
+      if (n.local == "Body" && n.ns == kEnvelopeNs) body_ = index;
+    } else if (open_.size() == 3 && open_[1].element == body_) {
+      bodyEntries_.push_back(index);
+    }
+  }
+
+  void endElement() {
+    finishRun();
+    const Open o = open_.back();
+    open_.pop_back();
+    auto& e = answer_.elements_[o.element];
+    e.end = static_cast<uint32_t>(answer_.elements_.size());
+    const std::string_view text(pending_.data() + o.textStart, pending_.size() - o.textStart);
+    if (!text.empty()) {
+      if (answer_.arena_.size() + text.size() > UINT32_MAX) {
+        fail(kGeneralFailure, "holds more than 4 GiB of text");
+      }
+      e.text = static_cast<uint32_t>(answer_.arena_.size());
+      e.textSize = static_cast<uint32_t>(text.size());
+      answer_.arena_.append(text);
+      // Qualified-name values (fault codes) need their prefix resolved where they stand.
+      if (e.end == o.element + 1) noteQualifiedValue(o.element, text);
+    }
+    pending_.resize(o.textStart);
+    runStart_ = pending_.size();
+    bindings_.resize(o.bindings);
+  }
+
+  void characters(const char* data, int size) { pending_.append(data, static_cast<size_t>(size)); }
+
+  // Text in a CDATA section is kept even when it is only white space.
+  void startCdata() {
+    finishRun();
+    inCdata_ = true;
+  }
+  void endCdata() {
+    inCdata_ = false;
+    runStart_ = pending_.size();
+  }
+
+  Answer finish(uint64_t bytesReceived) {
+    if (body_ == kNone) fail(kUnusableServer, "has no SOAP Body");
+    resolveReferences();
+    std::sort(answer_.valueNamespaces_.begin(), answer_.valueNamespaces_.end());
+    if (!bodyEntries_.empty()) throwIfServerFault(Node(&answer_, bodyEntries_.front()));
+    for (uint32_t entry : bodyEntries_) {
+      if (!answer_.elements_[entry].referenceOnly) answer_.parameters_.push_back(entry);
+    }
+    checkDepthAndCycles();
+    answer_.allowance_ = bytesReceived * kReadAllowancePerByte + kReadAllowanceBase;
+    return std::move(answer_);
+  }
+
+  [[noreturn]] void fail(uint32_t code, const std::string& what) const {
+    throw Failure(code, "The answer from " + answer_.source_ + " " + what);
+  }
+
+ private:
+  static constexpr uint32_t kNone = UINT32_MAX;
+
+  struct Open {
+    uint32_t element;
+    uint32_t bindings;   // size of the binding stack before its declarations
+    uint32_t textStart;  // where its character data begins in pending_
+  };
+  struct Binding {
+    std::string prefix;
+    std::string_view uri;
+  };
+  struct StoredLabel {  // the text of an id or an href, in labels_
+    uint32_t at;
+    uint32_t size;
+  };
+  struct Label {
+    StoredLabel text;
+    uint32_t element;
+  };
+
+  [[noreturn]] void deeperThanAllowed() const {
+    fail(kUnusableServer, "nests deeper than " + std::to_string(kMaxDepth) + " levels");
+  }
+
+  // White space between elements is layout, not text.
+  void finishRun() {
+    if (!inCdata_ && std::all_of(pending_.begin() + static_cast<std::ptrdiff_t>(runStart_),
+                                 pending_.end(), isXmlSpace)) {
+      pending_.resize(runStart_);
+    }
+    runStart_ = pending_.size();
+  }
+
+  std::string_view resolve(std::string_view prefix) const {
+    for (auto b = bindings_.rbegin(); b != bindings_.rend(); ++b) {
+      if (b->prefix == prefix) return b->uri;
+    }
+    return {};
+  }
+
+  std::string_view internNamespace(std::string_view uri) {
+    if (uri.empty()) return {};
+    auto found = internedNamespaces_.find(uri);
+    if (found != internedNamespaces_.end()) return *found;
+    const std::string& kept = answer_.strings_.emplace_back(uri);
+    return *internedNamespaces_.emplace(kept).first;
+  }
+
+  uint32_t internName(std::string_view ns, std::string_view local) {
+    auto found = internedNames_.find(NameKey{ns, local});
+    if (found != internedNames_.end()) return found->second;
+    const auto id = static_cast<uint32_t>(answer_.names_.size());
+    if (id >= (1u << 28)) fail(kGeneralFailure, "holds too many distinct names");
+    const std::string& kept = answer_.strings_.emplace_back(local);
+    answer_.names_.push_back({kept, ns});
+    internedNames_.emplace(NameKey{ns, kept}, id);
+    return id;
+  }
+
+  StoredLabel store(std::string_view text) {
+    StoredLabel stored{static_cast<uint32_t>(labels_.size()), static_cast<uint32_t>(text.size())};
+    if (labels_.size() + text.size() > UINT32_MAX) fail(kGeneralFailure, "holds too many ids");
+    labels_.append(text);
+    return stored;
+  }
+
+  std::string_view labelText(const Label& l) const { return {labels_.data() + l.text.at, l.text.size}; }
+
+  void noteQualifiedValue(uint32_t element, std::string_view text) {
+    auto prefix = prefixOf(text);
+    if (prefix.empty() || !(std::isalpha(static_cast<unsigned char>(prefix.front())) ||
+                            prefix.front() == '_')) {
+      return;
+    }
+    if (text.find_first_of(" /") != std::string_view::npos) return;
+    if (auto ns = resolve(prefix); !ns.empty()) answer_.valueNamespaces_.emplace_back(element, ns);
+  }
+
+  // Points every href at the first element with its id.
+  void resolveReferences() {
+    if (hrefs_.empty()) return;
+    std::unordered_map<std::string_view, uint32_t> byId;
+    byId.reserve(ids_.size());
+    for (const auto& id : ids_) byId.emplace(labelText(id), id.element);
+    for (const auto& href : hrefs_) {
+      auto found = byId.find(labelText(href));
+      if (found == byId.end()) {
+        fail(kUnusableServer, "refers to the missing element #" + std::string(labelText(href)));
+      }
+      answer_.elements_[href.element].reference = found->second;
+    }
+  }
+
+  // Walks every value reachable from the parameters once (shared values are not walked again),
+  // refusing reference cycles and values nested deeper than kMaxDepth through references.
+  void checkDepthAndCycles() {
+    // Per element: not seen, on the current path, or done with its height (levels below it).
+    enum : uint8_t { kUnseen = 0, kOnPath = 1, kDone = 2 };
+    std::vector<uint8_t> state(answer_.elements_.size(), kUnseen);
+    struct Step {
+      uint32_t value;
+      uint32_t next;       // the next child element to look at
+      uint32_t height = 0;  // of the children done so far, plus one
+    };
+    std::vector<Step> path;
+    auto enter = [&](uint32_t value) {
+      if (path.size() > kMaxDepth) deeperThanAllowed();
+      state[value] = kOnPath;
+      path.push_back({value, value + 1});
+    };
+    for (uint32_t parameter : answer_.parameters_) {
+      const uint32_t start = answer_.elements_[parameter].reference;
+      if (state[start] == kUnseen) enter(start);
+      while (!path.empty()) {
+        Step& step = path.back();
+        if (step.next >= answer_.elements_[step.value].end) {
+          const uint32_t height = step.height;
+          if (height > kMaxDepth) deeperThanAllowed();
+          state[step.value] = static_cast<uint8_t>(kDone + height);
+          path.pop_back();
+          if (!path.empty()) path.back().height = std::max(path.back().height, height + 1);
+          continue;
+        }
+        const uint32_t child = step.next;
+        step.next = answer_.elements_[child].end;
+        const uint32_t target = answer_.elements_[child].reference;
+        if (state[target] == kOnPath) {
+          const auto& name = answer_.names_[answer_.elements_[target].name];
+          fail(kUnusableServer, "holds a reference cycle through <" + std::string(name.local) + ">");
+        }
+        if (state[target] == kUnseen) {
+          enter(target);
+        } else {
+          step.height = std::max<uint32_t>(step.height, state[target] - kDone + 1);
+        }
+      }
+    }
+  }
+
+  void throwIfServerFault(Node first) const {
+    if (first.name() != "Fault" || first.ns() != kEnvelopeNs) return;
+    Node code = first.child("faultcode");
+    std::string text;
+    if (code && code.valueNamespace() != kEnvelopeNs) {
+      text = "{" + std::string(code.valueNamespace()) + "}";
+    }
+    if (code) text += code.valueLocalName();
+    text += " : ";
+    if (Node faultString = first.child("faultstring")) text += faultString.text();
+    throw Failure(kServerFault, text);
+  }
+
+  AnswerLimits limits_;
+  Answer answer_;
+  std::vector<Open> open_;
+  std::vector<Binding> bindings_;
+  std::string pending_;  // character data of the open elements, innermost last
+  size_t runStart_ = 0;  // where the current run of character data began
+  bool inCdata_ = false;
+  uint32_t body_ = kNone;
+  std::vector<uint32_t> bodyEntries_;
+  std::string labels_;
+  std::vector<Label> ids_;
+  std::vector<Label> hrefs_;
+  std::unordered_map<NameKey, uint32_t, NameKeyHash> internedNames_;
+  std::unordered_set<std::string_view> internedNamespaces_;
+};
+
+struct AnswerParser::Impl {
+  Impl(std::string_view charset, std::string source, const AnswerLimits& limits)
+      : builder(source, limits), limits(limits), encoding(expatEncoding(charset, source)) {}
+  ~Impl() {
+    if (parser) XML_ParserFree(parser);
+  }
+
+  // Made at the first bytes: UTF-16, told by its byte order mark or its first character, is
+  // named to expat outright, since its declaration may still claim UTF-8.
+  void start(std::string_view first) {
+    if (!encoding && first.size() >= 2) {
+      const auto b0 = static_cast<unsigned char>(first[0]), b1 = static_cast<unsigned char>(first[1]);
+      if ((b0 == 0xff && b1 == 0xfe) || (b0 == '<' && b1 == 0)) encoding = "UTF-16LE";
+      if ((b0 == 0xfe && b1 == 0xff) || (b0 == 0 && b1 == '<')) encoding = "UTF-16BE";
+    }
+    parser = XML_ParserCreate(encoding);
+    if (!parser) throw Failure(kGeneralFailure, "Out of memory creating an XML parser");
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(parser, onStart, onEnd);
+    XML_SetCharacterDataHandler(parser, onCharacters);
+    XML_SetCdataSectionHandler(parser, onStartCdata, onEndCdata);
+    XML_SetStartDoctypeDeclHandler(parser, onDoctype);
+  }
+
+  // Expat is C: what a handler throws is kept, the parse stopped, and the failure thrown again
+  // once expat has returned.
+  template <class F>
+  static void guarded(void* user, F&& f) {
+    auto* self = static_cast<Impl*>(user);
+    try {
+      f(self->builder);
+    } catch (...) {
+      self->failure = std::current_exception();
+      XML_StopParser(self->parser, XML_FALSE);
+    }
+  }
+  static void XMLCALL onStart(void* user, const XML_Char* name, const XML_Char** attributes) {
+    guarded(user, [&](AnswerBuilder& b) { b.startElement(name, attributes); });
+  }
+  static void XMLCALL onEnd(void* user, const XML_Char*) {
+    guarded(user, [](AnswerBuilder& b) { b.endElement(); });
+  }
+  static void XMLCALL onCharacters(void* user, const XML_Char* data, int size) {
+    guarded(user, [&](AnswerBuilder& b) { b.characters(data, size); });
+  }
+  static void XMLCALL onStartCdata(void* user) {
+    guarded(user, [](AnswerBuilder& b) { b.startCdata(); });
+  }
+  static void XMLCALL onEndCdata(void* user) {
+    guarded(user, [](AnswerBuilder& b) { b.endCdata(); });
+  }
+  static void XMLCALL onDoctype(void* user, const XML_Char*, const XML_Char*, const XML_Char*,
+                                int) {
+    guarded(user, [](AnswerBuilder& b) {
+      b.fail(kUnusableServer, "declares a document type, which a SOAP message must not");
+    });
+  }
+
+  void parse(const char* data, size_t size, bool last) {
+    if (XML_Parse(parser, data, static_cast<int>(size), last) == XML_STATUS_OK) return;
+    if (failure) std::rethrow_exception(failure);
+    builder.fail(kUnusableServer,
+                 std::string("is not well-formed XML: ") + XML_ErrorString(XML_GetErrorCode(parser)) +
+                     " at byte " + std::to_string(XML_GetCurrentByteIndex(parser)));
+  }
+
+  AnswerBuilder builder;
+  AnswerLimits limits;
+  const char* encoding;
+  XML_Parser parser = nullptr;
+  std::exception_ptr failure;
+  uint64_t received = 0;
+  std::string firstBytes;  // held until there are two
+};
+
+AnswerParser::AnswerParser(std::string_view charset, std::string source,
+                           const AnswerLimits& limits)
+    : impl_(std::make_unique<Impl>(charset, std::move(source), limits)) {}
+
+AnswerParser::~AnswerParser() = default;
+
+void AnswerParser::feed(std::string_view chunk) {
+  auto& x = *impl_;
+  x.received += chunk.size();
+  if (x.received > x.limits.maxBytes) {
+    x.builder.fail(kGeneralFailure, "exceeds the answer limit of " +
+                                        std::to_string(x.limits.maxBytes) + " bytes (" +
+                                        std::to_string(x.received) + " bytes received)");
+  }
+  if (!x.parser) {
+    // Two bytes tell UTF-16 apart; a first chunk of one byte waits for the next.
+    if (x.firstBytes.size() + chunk.size() < 2) {
+      x.firstBytes.append(chunk);
+      return;
+    }
+    x.start(x.firstBytes + std::string(chunk.substr(0, 2)));
+    if (!x.firstBytes.empty()) x.parse(x.firstBytes.data(), x.firstBytes.size(), false);
+  }
+  // Expat takes an int length: big chunks go in pieces.
+  constexpr size_t kPiece = 1u << 30;
+  while (chunk.size() > kPiece) {
+    x.parse(chunk.data(), kPiece, false);
+    chunk.remove_prefix(kPiece);
+  }
+  x.parse(chunk.data(), chunk.size(), false);
+}
+
+Answer AnswerParser::finish() {
+  auto& x = *impl_;
+  if (x.received == 0) x.builder.fail(kUnusableServer, "is empty");
+  if (!x.parser) {
+    x.start(x.firstBytes);
+    x.parse(x.firstBytes.data(), x.firstBytes.size(), false);
+  }
+  x.parse(nullptr, 0, true);
+  return x.builder.finish(x.received);
+}
+
+Answer Answer::parse(std::string_view body, std::string_view charset, std::string_view source,
+                     const AnswerLimits& limits) {
+  AnswerParser parser(charset, std::string(source), limits);
+  parser.feed(body);
+  return parser.finish();
+}
+
+}  // namespace brenmoor::soap
