@@ -40,7 +40,7 @@ std::string spellOut(const Node& top) {
 }  // namespace
 
 uint32_t Node::value() const {
-  return answer_->at(element_).reference;
+  return answer_->valueOf(element_);
 }
 
 std::string_view Node::name() const {

@@ -140,19 +140,24 @@ class Answer {
  private:
   friend class Node;
   friend class AnswerBuilder;
+  friend class NameTable;
   Answer() = default;
 
   struct Element {
-    uint32_t name = 0;      // interned qualified name
-    uint32_t end = 0;       // one past the last element of its subtree
-    uint32_t text = 0;      // offset of its character data in the arena
+    uint32_t name = 0;  // interned qualified name
+    uint32_t end = 0;   // one past the last element of its subtree
+    // Its character data in the arena; for a reference, `text` is the element referred to.
+    uint32_t text = 0;
     uint32_t textSize = 0;
-    uint32_t reference;     // the element it refers to; itself when it refers to none
-    uint32_t type : 28;     // interned qualified name of its xsi:type, 0 for none
-    uint32_t nil : 1;
+    uint32_t type : 28;          // interned qualified name of its xsi:type, 0 for none
+    uint32_t nil : 1;            // xsi:nil
     uint32_t referenceOnly : 1;  // soapenc:root="0": reached through references only
-    uint32_t qualifiedValue : 1;  // its text is a qualified name whose prefix is bound
+    uint32_t isReference : 1;    // its value is another element's
   };
+  uint32_t valueOf(uint32_t i) const {
+    const Element& e = elements_[i];
+    return e.isReference ? e.text : i;
+  }
   struct QualifiedName {
     std::string_view local;
     std::string_view ns;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cctype>
 #include <exception>
+#include <random>
+#include <utility>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -48,28 +50,107 @@ const char* expatEncoding(std::string_view charset, const std::string& source) {
   throw Failure(kUnusableServer, "The answer from " + source + " uses the unknown charset " + c);
 }
 
-struct NameKey {
-  std::string_view ns;
-  std::string_view local;
-  bool operator==(const NameKey&) const = default;
-};
+// Expat salts its hash tables against collision floods with a fresh random number per parser,
+// a system call each time; one secret salt per process serves as well.
+unsigned long hashSalt() {
+  static const unsigned long salt = [] {
+    std::random_device random;
+    return (static_cast<unsigned long>(random()) << 32 | random()) | 1;
+  }();
+  return salt;
+}
 
-struct NameKeyHash {
-  size_t operator()(const NameKey& k) const {
-    return std::hash<std::string_view>()(k.local) ^ (std::hash<const void*>()(k.ns.data()) << 1);
+// A parser is kept per thread and reset for the next answer: creating one costs more than a
+// small answer's whole parse.
+struct KeptParser {
+  XML_Parser parser = nullptr;
+  ~KeptParser() {
+    if (parser) XML_ParserFree(parser);
   }
 };
+thread_local KeptParser kept;
+
+XML_Parser takeParser(const char* encoding) {
+  XML_Parser parser = std::exchange(kept.parser, nullptr);
+  if (parser && XML_ParserReset(parser, encoding)) return parser;
+  if (parser) XML_ParserFree(parser);
+  return XML_ParserCreate(encoding);
+}
+
+void keepParser(XML_Parser parser) {
+  if (kept.parser) XML_ParserFree(kept.parser);
+  kept.parser = parser;
+}
 
 }  // namespace
+
+// Interned qualified names, found by an open-addressing table over their ids: every element
+// and typed value looks its name up, so this is on the hottest path of the parser.
+class NameTable {
+ public:
+  explicit NameTable(const std::vector<Answer::QualifiedName>& names) : names_(names) {
+    slots_.assign(256, kEmpty);
+  }
+
+  // The id of (ns, local), or kEmpty; `slot` is where it would go.
+  uint32_t find(std::string_view ns, std::string_view local, size_t& slot) const {
+    const size_t mask = slots_.size() - 1;
+    for (slot = hash(ns, local) & mask;; slot = (slot + 1) & mask) {
+      const uint32_t id = slots_[slot];
+      if (id == kEmpty) return kEmpty;
+      const auto& name = names_[id];
+      if (name.ns.data() == ns.data() && name.local == local) return id;
+    }
+  }
+
+  void insert(size_t slot, uint32_t id) {
+    slots_[slot] = id;
+    if (++count_ * 2 > slots_.size()) grow();
+  }
+
+  static constexpr uint32_t kEmpty = UINT32_MAX;
+
+ private:
+  // Namespace URIs are interned, so their address stands for them.
+  static size_t hash(std::string_view ns, std::string_view local) {
+    uint64_t h = 14695981039346656037ull ^ reinterpret_cast<uintptr_t>(ns.data());
+    for (unsigned char c : local) h = (h ^ c) * 1099511628211ull;
+    return static_cast<size_t>(h ^ (h >> 29));
+  }
+
+  void grow() {
+    std::vector<uint32_t> old(slots_.size() * 2, kEmpty);
+    old.swap(slots_);
+    const size_t mask = slots_.size() - 1;
+    for (uint32_t id : old) {
+      if (id == kEmpty) continue;
+      size_t slot = hash(names_[id].ns, names_[id].local) & mask;
+      while (slots_[slot] != kEmpty) slot = (slot + 1) & mask;
+      slots_[slot] = id;
+    }
+  }
+
+  const std::vector<Answer::QualifiedName>& names_;
+  std::vector<uint32_t> slots_;
+  size_t count_ = 0;
+};
 
 // Turns expat's events into an Answer. Namespace prefixes are resolved on the fly from a stack
 // of the bindings in scope; names and namespace URIs are interned as they first appear.
 class AnswerBuilder {
  public:
-  AnswerBuilder(std::string source, const AnswerLimits& limits) : limits_(limits) {
+  AnswerBuilder(std::string source, const AnswerLimits& limits, uint64_t expectedBytes)
+      : limits_(limits) {
     answer_.source_ = std::move(source);
+    // Room for what answers of this size usually hold, so that the arrays are not copied as
+    // they grow; pages not written to cost no memory.
+    expectedBytes = std::min(expectedBytes, limits.maxBytes);
+    answer_.elements_.reserve(std::min<uint64_t>(expectedBytes / 40, limits.maxElements()));
+    answer_.arena_.reserve(expectedBytes / 3);
     answer_.names_.push_back({});
-    internedNames_.emplace(NameKey{}, 0);
+    size_t slot = 0;
+    internedNames_.find({}, {}, slot);
+    internedNames_.insert(slot, 0);
   }
 
   void startElement(const char* rawName, const char** attributes) {
@@ -95,7 +176,6 @@ class AnswerBuilder {
     Answer::Element e{};
     std::string_view name = rawName;
     e.name = internName(resolve(prefixOf(name)), localOf(name));
-    e.reference = index;
     for (const char** a = attributes; *a; a += 2) {
       std::string_view attribute = a[0];
       std::string_view value = a[1];
@@ -238,13 +318,13 @@ class AnswerBuilder {
   }
 
   uint32_t internName(std::string_view ns, std::string_view local) {
-    auto found = internedNames_.find(NameKey{ns, local});
-    if (found != internedNames_.end()) return found->second;
+    size_t slot = 0;
+    if (uint32_t id = internedNames_.find(ns, local, slot); id != NameTable::kEmpty) return id;
     const auto id = static_cast<uint32_t>(answer_.names_.size());
     if (id >= (1u << 28)) fail(kGeneralFailure, "holds too many distinct names");
     const std::string& kept = answer_.strings_.emplace_back(local);
     answer_.names_.push_back({kept, ns});
-    internedNames_.emplace(NameKey{ns, kept}, id);
+    internedNames_.insert(slot, id);
     return id;
   }
 
@@ -278,7 +358,12 @@ class AnswerBuilder {
       if (found == byId.end()) {
         fail(kUnusableServer, "refers to the missing element #" + std::string(labelText(href)));
       }
-      answer_.elements_[href.element].reference = found->second;
+      // An element that refers to itself is simply its own value.
+      if (found->second == href.element) continue;
+      auto& e = answer_.elements_[href.element];
+      e.isReference = 1;
+      e.text = found->second;
+      e.textSize = 0;
     }
   }
 
@@ -300,7 +385,7 @@ class AnswerBuilder {
       path.push_back({value, value + 1});
     };
     for (uint32_t parameter : answer_.parameters_) {
-      const uint32_t start = answer_.elements_[parameter].reference;
+      const uint32_t start = answer_.valueOf(parameter);
       if (state[start] == kUnseen) enter(start);
       while (!path.empty()) {
         Step& step = path.back();
@@ -314,7 +399,7 @@ class AnswerBuilder {
         }
         const uint32_t child = step.next;
         step.next = answer_.elements_[child].end;
-        const uint32_t target = answer_.elements_[child].reference;
+        const uint32_t target = answer_.valueOf(child);
         if (state[target] == kOnPath) {
           const auto& name = answer_.names_[answer_.elements_[target].name];
           fail(kUnusableServer, "holds a reference cycle through <" + std::string(name.local) + ">");
@@ -353,15 +438,18 @@ class AnswerBuilder {
   std::string labels_;
   std::vector<Label> ids_;
   std::vector<Label> hrefs_;
-  std::unordered_map<NameKey, uint32_t, NameKeyHash> internedNames_;
+  NameTable internedNames_{answer_.names_};
   std::unordered_set<std::string_view> internedNamespaces_;
 };
 
 struct AnswerParser::Impl {
-  Impl(std::string_view charset, std::string source, const AnswerLimits& limits)
-      : builder(source, limits), limits(limits), encoding(expatEncoding(charset, source)) {}
+  Impl(std::string_view charset, std::string source, const AnswerLimits& limits,
+       uint64_t expectedBytes)
+      : builder(source, limits, expectedBytes),
+        limits(limits),
+        encoding(expatEncoding(charset, source)) {}
   ~Impl() {
-    if (parser) XML_ParserFree(parser);
+    if (parser) keepParser(parser);
   }
 
   // Made at the first bytes: UTF-16, told by its byte order mark or its first character, is
@@ -372,8 +460,9 @@ struct AnswerParser::Impl {
       if ((b0 == 0xff && b1 == 0xfe) || (b0 == '<' && b1 == 0)) encoding = "UTF-16LE";
       if ((b0 == 0xfe && b1 == 0xff) || (b0 == 0 && b1 == '<')) encoding = "UTF-16BE";
     }
-    parser = XML_ParserCreate(encoding);
+    parser = takeParser(encoding);
     if (!parser) throw Failure(kGeneralFailure, "Out of memory creating an XML parser");
+    XML_SetHashSalt(parser, hashSalt());
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, onStart, onEnd);
     XML_SetCharacterDataHandler(parser, onCharacters);
@@ -433,8 +522,8 @@ struct AnswerParser::Impl {
 };
 
 AnswerParser::AnswerParser(std::string_view charset, std::string source,
-                           const AnswerLimits& limits)
-    : impl_(std::make_unique<Impl>(charset, std::move(source), limits)) {}
+                           const AnswerLimits& limits, uint64_t expectedBytes)
+    : impl_(std::make_unique<Impl>(charset, std::move(source), limits, expectedBytes)) {}
 
 AnswerParser::~AnswerParser() = default;
 
@@ -477,7 +566,7 @@ Answer AnswerParser::finish() {
 
 Answer Answer::parse(std::string_view body, std::string_view charset, std::string_view source,
                      const AnswerLimits& limits) {
-  AnswerParser parser(charset, std::string(source), limits);
+  AnswerParser parser(charset, std::string(source), limits, body.size());
   parser.feed(body);
   return parser.finish();
 }

@@ -2,6 +2,7 @@
 // Builds an Answer while its body arrives: the transport hands over each chunk as it comes, so
 // the body is never held whole.
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,8 +14,9 @@ namespace brenmoor::soap {
 class AnswerParser {
  public:
   // `charset` from the Content-Type (empty: the document says, or UTF-8); `source` names the
-  // server in error texts.
-  AnswerParser(std::string_view charset, std::string source, const AnswerLimits& limits);
+  // server in error texts; `expectedBytes`, when known, lets the answer take its room at once.
+  AnswerParser(std::string_view charset, std::string source, const AnswerLimits& limits,
+               uint64_t expectedBytes = 0);
   ~AnswerParser();
   AnswerParser(const AnswerParser&) = delete;
   AnswerParser& operator=(const AnswerParser&) = delete;

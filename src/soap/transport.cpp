@@ -53,7 +53,10 @@ struct Exchange {
   AnswerParser& startParser() {
     const char* contentType = nullptr;
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
-    return parser.emplace(contentType ? charsetOf(contentType) : std::string(), *url, *limits);
+    curl_off_t length = -1;
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    return parser.emplace(contentType ? charsetOf(contentType) : std::string(), *url, *limits,
+                          length > 0 ? static_cast<uint64_t>(length) : 0);
   }
 };
 
