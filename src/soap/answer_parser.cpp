@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <exception>
 #include <random>
 #include <utility>
@@ -140,7 +141,7 @@ class NameTable {
 class AnswerBuilder {
  public:
   AnswerBuilder(std::string source, const AnswerLimits& limits, uint64_t expectedBytes)
-      : limits_(limits) {
+      : limits_(limits), maxElements_(limits.maxElements()) {
     answer_.source_ = std::move(source);
     // Room for what answers of this size usually hold, so that the arrays are not copied as
     // they grow; pages not written to cost no memory.
@@ -148,6 +149,9 @@ class AnswerBuilder {
     answer_.elements_.reserve(std::min<uint64_t>(expectedBytes / 40, limits.maxElements()));
     answer_.arena_.reserve(expectedBytes / 3);
     answer_.names_.push_back({});
+    // Interned first, so that the attributes that matter are told apart by address.
+    schemaInstanceNs_ = internNamespace(kSchemaInstanceNs);
+    encodingNs_ = internNamespace(kEncodingNs);
     size_t slot = 0;
     internedNames_.find({}, {}, slot);
     internedNames_.insert(slot, 0);
@@ -155,8 +159,8 @@ class AnswerBuilder {
 
   void startElement(const char* rawName, const char** attributes) {
     finishRun();
-    if (answer_.elements_.size() >= limits_.maxElements()) {
-      fail(kGeneralFailure, "holds more than " + std::to_string(limits_.maxElements()) +
+    if (answer_.elements_.size() >= maxElements_) {
+      fail(kGeneralFailure, "holds more than " + std::to_string(maxElements_) +
                                 " elements, the limit for answers of at most " +
                                 std::to_string(limits_.maxBytes) + " bytes");
     }
@@ -165,9 +169,11 @@ class AnswerBuilder {
     open_.push_back({index, static_cast<uint32_t>(bindings_.size()),
                      static_cast<uint32_t>(pending_.size())});
     for (const char** a = attributes; *a; a += 2) {
+      if (!isNamespaceDeclaration(a[0])) continue;
       std::string_view name = a[0];
       if (name == "xmlns") {
         bindings_.push_back({std::string(), internNamespace(a[1])});
+        ++defaultBindings_;
       } else if (name.starts_with("xmlns:")) {
         bindings_.push_back({std::string(name.substr(6)), internNamespace(a[1])});
       }
@@ -177,6 +183,7 @@ class AnswerBuilder {
     std::string_view name = rawName;
     e.name = internName(resolve(prefixOf(name)), localOf(name));
     for (const char** a = attributes; *a; a += 2) {
+      if (isNamespaceDeclaration(a[0])) continue;
       std::string_view attribute = a[0];
       std::string_view value = a[1];
       auto prefix = prefixOf(attribute);
@@ -190,14 +197,13 @@ class AnswerBuilder {
         }
         continue;
       }
-      if (prefix == "xmlns") continue;
       auto ns = resolve(prefix);
       auto local = localOf(attribute);
-      if (ns == kSchemaInstanceNs && local == "nil") {
-        e.nil = value == "true" || value == "1";
-      } else if (ns == kSchemaInstanceNs && local == "type") {
+      if (ns.data() == schemaInstanceNs_.data() && local == "type") {
         e.type = internName(resolve(prefixOf(value)), localOf(value));
-      } else if (ns == kEncodingNs && local == "root") {
+      } else if (ns.data() == schemaInstanceNs_.data() && local == "nil") {
+        e.nil = value == "true" || value == "1";
+      } else if (ns.data() == encodingNs_.data() && local == "root") {
         e.referenceOnly = value == "0" || value == "false";
       }
     }
@@ -236,7 +242,10 @@ class AnswerBuilder {
     }
     pending_.resize(o.textStart);
     runStart_ = pending_.size();
-    bindings_.resize(o.bindings);
+    while (bindings_.size() > o.bindings) {
+      if (bindings_.back().prefix.empty()) --defaultBindings_;
+      bindings_.pop_back();
+    }
   }
 
   void characters(const char* data, int size) { pending_.append(data, static_cast<size_t>(size)); }
@@ -302,7 +311,14 @@ class AnswerBuilder {
     runStart_ = pending_.size();
   }
 
+  static bool isNamespaceDeclaration(const char* attribute) {
+    return std::strncmp(attribute, "xmlns", 5) == 0 &&
+           (attribute[5] == '\0' || attribute[5] == ':');
+  }
+
   std::string_view resolve(std::string_view prefix) const {
+    // Most names have no prefix, and most answers declare no default namespace.
+    if (prefix.empty() && defaultBindings_ == 0) return {};
     for (auto b = bindings_.rbegin(); b != bindings_.rend(); ++b) {
       if (b->prefix == prefix) return b->uri;
     }
@@ -427,9 +443,13 @@ class AnswerBuilder {
   }
 
   AnswerLimits limits_;
+  uint64_t maxElements_;
   Answer answer_;
   std::vector<Open> open_;
   std::vector<Binding> bindings_;
+  std::string_view schemaInstanceNs_;
+  std::string_view encodingNs_;
+  size_t defaultBindings_ = 0;  // default namespace declarations in scope
   std::string pending_;  // character data of the open elements, innermost last
   size_t runStart_ = 0;  // where the current run of character data began
   bool inCdata_ = false;

@@ -3,7 +3,6 @@
 #include <curl/curl.h>
 
 #include <cerrno>
-#include <chrono>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -15,8 +14,6 @@
 
 namespace brenmoor::soap {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 void initCurlOnce() {
   static std::once_flag once;
@@ -47,8 +44,8 @@ struct Exchange {
   long refusedStatus = 0;
   bool idleTooLong = false;
   int32_t timeoutMs = 0;
-  curl_off_t lastMoved = 0;  // bytes up plus down at the last movement
-  Clock::time_point lastMovedAt = Clock::now();
+  curl_off_t lastMoved = 0;    // bytes up plus down at the last movement
+  curl_off_t lastMovedAt = 0;  // libcurl's clock, microseconds into the transfer
 
   AnswerParser& startParser() {
     const char* contentType = nullptr;
@@ -83,13 +80,15 @@ size_t onBody(char* data, size_t size, size_t count, void* user) {
 
 int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
   auto& x = *static_cast<Exchange*>(user);
-  auto now = Clock::now();
+  // libcurl has just read its clock for this update: ask it rather than the system again.
+  curl_off_t now = 0;
+  curl_easy_getinfo(x.easy, CURLINFO_TOTAL_TIME_T, &now);
   if (down + up != x.lastMoved) {
     x.lastMoved = down + up;
     x.lastMovedAt = now;
     return 0;
   }
-  if (now - x.lastMovedAt >= std::chrono::milliseconds(x.timeoutMs)) {
+  if (now - x.lastMovedAt >= curl_off_t{x.timeoutMs} * 1000) {
     x.idleTooLong = true;
     return 1;
   }
@@ -140,6 +139,12 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
 struct ConnectionPool::Handles {
   CURL* easy = nullptr;
   std::vector<std::pair<std::string, curl_slist*>> headersByAction;
+  // What the handle was last given: calls to one service set nothing again.
+  std::string url;
+  curl_slist* headers = nullptr;
+  std::string proxy = "-";
+  long connectTimeoutMs = -1;
+  char errors[CURL_ERROR_SIZE] = "";
 
   ~Handles() {
     for (auto& [action, list] : headersByAction) curl_slist_free_all(list);
@@ -181,6 +186,7 @@ ConnectionPool::ConnectionPool() : handles_(std::make_unique<Handles>()) {
   curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, onProgress);
   curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, onBody);
   curl_easy_setopt(e, CURLOPT_BUFFERSIZE, 128L * 1024);
+  curl_easy_setopt(e, CURLOPT_ERRORBUFFER, handles_->errors);
 }
 
 ConnectionPool::~ConnectionPool() = default;
@@ -193,32 +199,39 @@ void HttpTransport::setProxy(std::string_view server, int port) {
 }
 
 Answer HttpTransport::send(const std::string& url, std::string_view requestText) {
-  CURL* e = pool_.handles_->easy;
+  auto& h = *pool_.handles_;
+  CURL* e = h.easy;
   Exchange x;
   x.easy = e;
   x.url = &url;
   x.limits = &limits_;
   x.timeoutMs = timeoutMs_ > 0 ? timeoutMs_ : kDefaultTimeoutMs;
-  char detail[CURL_ERROR_SIZE] = "";
 
-  curl_easy_setopt(e, CURLOPT_URL, url.c_str());
+  if (h.url != url) {
+    curl_easy_setopt(e, CURLOPT_URL, url.c_str());
+    h.url = url;
+  }
+  if (curl_slist* headers = h.headersFor(soapAction_); headers != h.headers) {
+    curl_easy_setopt(e, CURLOPT_HTTPHEADER, headers);
+    h.headers = headers;
+  }
+  if (h.proxy != proxy_) {
+    // The library has no environment configuration: an empty proxy turns off $http_proxy too.
+    curl_easy_setopt(e, CURLOPT_PROXY, proxy_.c_str());
+    h.proxy = proxy_;
+  }
+  if (h.connectTimeoutMs != x.timeoutMs) {
+    curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(x.timeoutMs));
+    h.connectTimeoutMs = x.timeoutMs;
+  }
   curl_easy_setopt(e, CURLOPT_POSTFIELDS, requestText.data());
   curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(requestText.size()));
-  curl_easy_setopt(e, CURLOPT_HTTPHEADER, pool_.handles_->headersFor(soapAction_));
-  // The library has no environment configuration: an empty proxy turns off $http_proxy too.
-  curl_easy_setopt(e, CURLOPT_PROXY, proxy_.c_str());
-  curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(x.timeoutMs));
   curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x);
   curl_easy_setopt(e, CURLOPT_WRITEDATA, &x);
-  curl_easy_setopt(e, CURLOPT_ERRORBUFFER, detail);
+  h.errors[0] = '\0';
 
   const CURLcode rc = curl_easy_perform(e);
-  // The handle outlives this call: nothing of it may point into this frame.
-  curl_easy_setopt(e, CURLOPT_ERRORBUFFER, nullptr);
-  curl_easy_setopt(e, CURLOPT_XFERINFODATA, nullptr);
-  curl_easy_setopt(e, CURLOPT_WRITEDATA, nullptr);
-  curl_easy_setopt(e, CURLOPT_POSTFIELDS, nullptr);
-  if (rc != CURLE_OK) throwFor(rc, e, x, url, detail);
+  if (rc != CURLE_OK) throwFor(rc, e, x, url, h.errors);
 
   long status = 0;
   curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &status);
