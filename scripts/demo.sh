@@ -50,6 +50,10 @@ cli "${as_demo[@]}" templates list --project "$project"
 cli "${as_demo[@]}" projects clear "$project"
 cli "${as_demo[@]}" projects list
 cli "${as_demo[@]}" projects delete "$project"
+echo "\$ brenmoor ${as_demo[*]} --max-answer-bytes 2000 templates list   (refused on purpose)"
+./build/tools/brenmoor --url "$url" "${as_demo[@]}" --max-answer-bytes 2000 templates list ||
+  echo "exit status $?"
+echo
 echo "\$ brenmoor --user demo@example.com --password wrong accounts   (fails on purpose)"
 ./build/tools/brenmoor --url "$url" --user demo@example.com --password wrong accounts || echo "exit status $?"
 echo

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <string>
 
 #include "brenmoor/brenmoor.h"
@@ -13,8 +14,9 @@ struct Context {
   bool useProxy = false;
   std::string user;
   std::string password;
-  std::string account;  // an account id to select after signing in, if any
-  int status = 0;       // the exit status of the subcommand that ran
+  std::string account;          // an account id to select after signing in, if any
+  uint64_t maxAnswerBytes = 0;  // 0: the library's own limit
+  int status = 0;               // the exit status of the subcommand that ran
 };
 
 // Prints the service's error pair to stderr and returns the exit status for a failed call.

@@ -13,6 +13,7 @@ int failed(const ZylService& service, const std::string& what) {
 void prepare(ZylService& service, const Context& context) {
   service.ShowAlerts(false);
   service.SetServiceBaseUrl(context.url);
+  if (context.maxAnswerBytes) service.setMaxAnswerBytes(context.maxAnswerBytes);
 }
 
 bool signIn(ZylService& service, Context& context) {

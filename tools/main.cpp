@@ -18,6 +18,8 @@ int main(int argc, char** argv) {
   app.add_option("--password", context.password, "Password (sent only as a digest)")
       ->envname("BRENMOOR_PASSWORD");
   app.add_option("--account", context.account, "Account id to select after signing in");
+  app.add_option("--max-answer-bytes", context.maxAnswerBytes,
+                 "Refuse answers larger than this (default 1 GiB)");
   brenmoor::cli::addServerCommands(app, context);
   brenmoor::cli::addAccountCommands(app, context);
   brenmoor::cli::addProjectCommands(app, context);
