@@ -14,9 +14,9 @@ void readAccount(const Fields& in, UserAccountInfo& account) {
   in("accountID", account.accountID);
 }
 
-constexpr auto kGetUserAccounts = Operation<std::shared_ptr<Collection<UserAccountInfo>>>(
-                                      "getUserAccounts", Service::Login)
-                                      .reads(listOf<UserAccountInfo, readAccount>);
+constexpr auto kGetUserAccounts =
+    Operation<std::shared_ptr<Collection<UserAccountInfo>>>("getUserAccounts", Service::Login)
+        .reads(listOf<UserAccountInfo, readAccount>);
 constexpr auto kSelectAccount =
     Operation<bool>("selectAccount", Service::Login).sends("account_id").reads(asBool);
 constexpr auto kSelectAccountByGuid =

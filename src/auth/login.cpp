@@ -13,7 +13,9 @@ namespace {
 constexpr auto kGetChallenge =
     Operation<std::string>("getChallenge", Service::Login).keyless().reads(asText);
 constexpr auto kUserLogin = Operation<std::string>("userLogin", Service::Login)
-                                .keyless().sends("challenge", "response", "username").reads(asText);
+                                .keyless()
+                                .sends("challenge", "response", "username")
+                                .reads(asText);
 constexpr auto kGetVersion =
     Operation<std::string>("getVersion", Service::Main).keyless().reads(asText);
 // The key goes in as a value: logout spends one key before the one it sends.

@@ -54,7 +54,8 @@ template <Extras extras>
 void readRecord(const Fields& answer, DataRecord& record) {
   const auto in = answer.reading(Fields::Missing::SetsEmpty);
   auto entries = std::make_shared<Collection<DataRecordEntry>>();
-  if (auto list = in.child("entries")) entries = readList<DataRecordEntry>(*list, readEntry<extras>);
+  if (auto list = in.child("entries"))
+    entries = readList<DataRecordEntry>(*list, readEntry<extras>);
   record.entries = entries;
   record.templateGuidList = readStrings(in.child("templateGuidList"));
   in("guid", record.guid);
@@ -69,27 +70,34 @@ std::vector<std::string> readGuids(const Fields& returned) {
 
 constexpr auto kGetDataRecord =
     Operation<std::shared_ptr<DataRecord>>("getDataRecord", Service::Main)
-        .sends("guid", "templateGuidList").reads(record<DataRecord, readRecord<Extras::None>>)
-        .alerts(FaultAlert::silent()).emptyAfterFault();
+        .sends("guid", "templateGuidList")
+        .reads(record<DataRecord, readRecord<Extras::None>>)
+        .alerts(FaultAlert::silent())
+        .emptyAfterFault();
 constexpr auto kGetThemeDataRecord =
     Operation<std::shared_ptr<DataRecord>>("getThemeDataRecord", Service::Main)
-        .sends("themeGuid").reads(record<DataRecord, readRecord<Extras::Theme>>)
-        .alerts(FaultAlert::silent()).emptyAfterFault();
+        .sends("themeGuid")
+        .reads(record<DataRecord, readRecord<Extras::Theme>>)
+        .alerts(FaultAlert::silent())
+        .emptyAfterFault();
 constexpr auto kGetThemeDataRecordWithSizes =
     kGetThemeDataRecord.reads(record<DataRecord, readRecord<Extras::ThemeWithSizes>>);
 constexpr auto kGetDataRecordEntry =
     Operation<std::shared_ptr<DataRecordEntry>>("getDataRecordEntry", Service::Main)
         .sends("templateGuid", "dreGuid", "dreLabel")
-        .reads(record<DataRecordEntry, readEntry<Extras::None>>).alerts(FaultAlert::silent())
+        .reads(record<DataRecordEntry, readEntry<Extras::None>>)
+        .alerts(FaultAlert::silent())
         .emptyAfterFault();
 constexpr auto kCreateDataRecord = Operation<std::string>("createDataRecord", Service::Main)
                                        .sends("dr", "projectGuid", "overwriteExisting")
                                        .reads(asText);
 constexpr auto kSetDataRecordSyncData =
     Operation<std::string>("setDataRecordSyncData", Service::Main)
-        .sends("drGuid", "templateGuid", "syncXML").reads(asText);
+        .sends("drGuid", "templateGuid", "syncXML")
+        .reads(asText);
 constexpr auto kDeploy = Operation<std::vector<std::string>>("deploy", Service::Main)
-                             .sends("datarecordGuidList", "templateGuidList").reads(readGuids);
+                             .sends("datarecordGuidList", "templateGuidList")
+                             .reads(readGuids);
 
 // The "dr" structure of createDataRecord. Only an entry's first guid goes, and the record's
 // name is always sent as "Project": the service expects both.
@@ -148,8 +156,8 @@ std::shared_ptr<DataRecordEntry> ZylService::getDataRecordEntry(const std::strin
 
 std::string ZylService::createDataRecord(const DataRecord& dr, const std::string& projectGuid,
                                          bool overwriteExisting) {
-  return kCreateDataRecord(*state_, [&] { return recordStructure(dr); }, projectGuid,
-                           overwriteExisting);
+  return kCreateDataRecord(
+      *state_, [&] { return recordStructure(dr); }, projectGuid, overwriteExisting);
 }
 
 std::string ZylService::setDataRecordSyncData(const std::string& drGuid,

@@ -25,22 +25,27 @@ void readStatus(const Fields& in, DeploymentStatusInfo& s) {
 // The template guid stands where the alert expects a project name.
 constexpr auto kGetDeploymentInfo =
     Operation<std::shared_ptr<DeploymentInfo>>("getDeploymentInfo", Service::Main)
-        .sends("templateGuid").reads(record<DeploymentInfo, projects::readDeploymentInfo>)
-        .alerts(FaultAlert::duplicateName(0)).emptyAfterFault();
+        .sends("templateGuid")
+        .reads(record<DeploymentInfo, projects::readDeploymentInfo>)
+        .alerts(FaultAlert::duplicateName(0))
+        .emptyAfterFault();
 constexpr auto kSetDeploymentVersionDuration =
     Operation<bool>("setDeploymentVersionDuration", Service::Main)
-        .sends("versionGuid", "duration").reads(asBool);
+        .sends("versionGuid", "duration")
+        .reads(asBool);
 constexpr auto kGetDeploymentEnvironmentList =
     Operation<std::shared_ptr<Collection<DeploymentEnvironmentInfo>>>(
         "getDeploymentEnvironmentList_Array", Service::Main)
         .reads(listOf<DeploymentEnvironmentInfo, readEnvironment>);
 constexpr auto kSetProjectDeploymentDefinition =
     Operation<bool>("setProjectDeploymentDefinition", Service::Main)
-        .sends("projectGuid", "deploymentDefID", "deploymentPath").trueWhenAnswered();
+        .sends("projectGuid", "deploymentDefID", "deploymentPath")
+        .trueWhenAnswered();
 constexpr auto kGetDeploymentStatusList =
     Operation<std::shared_ptr<Collection<DeploymentStatusInfo>>>("getDeploymentStatusList_Array",
                                                                  Service::Main)
-        .sends("deploymentGuidList").reads(listOf<DeploymentStatusInfo, readStatus>);
+        .sends("deploymentGuidList")
+        .reads(listOf<DeploymentStatusInfo, readStatus>);
 
 }  // namespace
 

@@ -11,26 +11,42 @@ using namespace service;
 namespace {
 
 constexpr auto kClearProject = Operation<bool>("clearProject", Service::Main)
-                                   .sends("projectGuid", "doUndeploy").timeout(kLongTimeoutMs)
+                                   .sends("projectGuid", "doUndeploy")
+                                   .timeout(kLongTimeoutMs)
                                    .trueWhenAnswered();
 constexpr auto kClearProjectAsync = Operation<std::string>("clearProject_Async", Service::Main)
-                                        .sends("projectGuid", "doUndeploy").reads(asText);
+                                        .sends("projectGuid", "doUndeploy")
+                                        .reads(asText);
 constexpr auto kUndeployProjectAsync =
     Operation<std::string>("undeployProject_Async", Service::Main)
-        .sends("projectGuid").reads(asText);
+        .sends("projectGuid")
+        .reads(asText);
 // The code in a procGuid names the service that runs the process, but these requests always go
 // to the main service.
 constexpr auto kIsProcessComplete = Operation<bool>("isProcessComplete", Service::Main)
-                                        .keyless().sends("procGuid").forProcess().reads(asBool);
+                                        .keyless()
+                                        .sends("procGuid")
+                                        .forProcess()
+                                        .reads(asBool);
 constexpr auto kGetProcessPercentComplete =
     Operation<int16_t>("getProcessPercentComplete", Service::Main)
-        .keyless().sends("procGuid").forProcess().reads(asInt16);
+        .keyless()
+        .sends("procGuid")
+        .forProcess()
+        .reads(asInt16);
 constexpr auto kGetProcessMessage = Operation<std::string>("getProcessMessage", Service::Main)
-                                        .keyless().sends("procGuid").forProcess().reads(asText);
+                                        .keyless()
+                                        .sends("procGuid")
+                                        .forProcess()
+                                        .reads(asText);
 constexpr auto kClearProjectResult = Operation<bool>("clearProject_Result", Service::Main)
-                                         .sends("procGuid").forProcess().reads(asBool);
+                                         .sends("procGuid")
+                                         .forProcess()
+                                         .reads(asBool);
 constexpr auto kUndeployProjectResult = Operation<bool>("undeployProject_Result", Service::Main)
-                                            .sends("procGuid").forProcess().reads(asBool);
+                                            .sends("procGuid")
+                                            .forProcess()
+                                            .reads(asBool);
 
 }  // namespace
 

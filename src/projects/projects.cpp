@@ -31,25 +31,31 @@ void readProjectInfo(const Fields& answer, ProjectInfo& p) {
 }
 
 constexpr auto kCreateProject = Operation<std::string>("createProject", Service::Main)
-                                    .sends("name", "description").reads(asText)
+                                    .sends("name", "description")
+                                    .reads(asText)
                                     .alerts(FaultAlert::duplicateName(0));
 // The service is always asked to undeploy too; callers have no say.
 constexpr auto kDeleteProject = Operation<bool>("deleteProject", Service::Main)
-                                    .sends("projectGuid", "doUndeploy").trueWhenAnswered();
+                                    .sends("projectGuid", "doUndeploy")
+                                    .trueWhenAnswered();
 constexpr auto kProjectExists =
     Operation<bool>("projectExists", Service::Main).sends("projectGuid").reads(asBool);
 constexpr auto kHasDeployedTemplate = Operation<bool>("hasDeployedTemplate", Service::Main)
-                                          .sends("projectGuid", "templateType").reads(asBool);
+                                          .sends("projectGuid", "templateType")
+                                          .reads(asBool);
 constexpr auto kGetProjectList = Operation<ProjectList>("getProjectList_Array", Service::Main)
                                      .reads(listOf<ProjectInfo, readProjectInfo>);
 constexpr auto kGetProjectListByType =
     Operation<ProjectList>("getProjectListByType_Array", Service::Main)
-        .sends("type").reads(listOf<ProjectInfo, readProjectInfo>);
+        .sends("type")
+        .reads(listOf<ProjectInfo, readProjectInfo>);
 constexpr auto kGetProjectProperties =
     Operation<std::shared_ptr<ProjectInfo>>("getProjectProperties", Service::Main)
-        .sends("projectGuid").reads(record<ProjectInfo, readProjectInfo>);
+        .sends("projectGuid")
+        .reads(record<ProjectInfo, readProjectInfo>);
 constexpr auto kSetProjectType = Operation<bool>("setProjectType", Service::Main)
-                                     .sends("projectGuid", "type").trueWhenAnswered();
+                                     .sends("projectGuid", "type")
+                                     .trueWhenAnswered();
 
 }  // namespace
 

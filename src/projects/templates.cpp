@@ -76,42 +76,52 @@ void readComponent(const Fields& answer, Component& c) {
 }
 
 constexpr auto kHasTemplateAccess = Operation<bool>("hasTemplateAccess", Service::Main)
-                                        .sends("templateGuid", "rights").reads(asBool);
+                                        .sends("templateGuid", "rights")
+                                        .reads(asBool);
 // The service names its list operations; the caller says which one.
 constexpr auto kGetTemplateList = Operation<TemplateList>("", Service::Main)
-                                      .sends("type").reads(listOf<TemplateInfo, readTemplateInfo>);
+                                      .sends("type")
+                                      .reads(listOf<TemplateInfo, readTemplateInfo>);
 constexpr auto kGetProjectTemplateList =
     Operation<TemplateList>("getProjectTemplateList_Array", Service::Main)
         .sends("projectGuid", "includeDeploymentInfo")
         .reads(listOf<TemplateInfo, readTemplateInfo>);
 constexpr auto kSetTemplateMetadata = Operation<bool>("setTemplateMetadata", Service::Main)
-                                          .sends("tGuid", "metadataXML").trueWhenAnswered();
+                                          .sends("tGuid", "metadataXML")
+                                          .trueWhenAnswered();
 constexpr auto kTemplateExists =
     Operation<bool>("templateExists", Service::Main).sends("tGuid").reads(asBool);
 constexpr auto kGetTemplateInfo =
     Operation<std::shared_ptr<TemplateInfo>>("getTemplateInfo", Service::Main)
-        .sends("templateGuid").reads(record<TemplateInfo, readTemplateInfo>)
+        .sends("templateGuid")
+        .reads(record<TemplateInfo, readTemplateInfo>)
         .alerts(FaultAlert::silent());
 constexpr auto kGetThemeTemplateInfo =
     Operation<std::shared_ptr<TemplateInfo>>("getThemeTemplateInfo", Service::Main)
-        .sends("themeGuid", "templateGuid").reads(record<TemplateInfo, readTemplateInfo>)
+        .sends("themeGuid", "templateGuid")
+        .reads(record<TemplateInfo, readTemplateInfo>)
         .alerts(FaultAlert::silent());
 constexpr auto kCopyTemplate =
     Operation<std::string>("copyTemplate", Service::Main)
         .sends("templateGuid", "targetProjectGuid", "templateName", "overwriteExisting")
-        .timeout(kLongTimeoutMs).reads(asText);
+        .timeout(kLongTimeoutMs)
+        .reads(asText);
 constexpr auto kDeleteTemplate = Operation<std::string>("deleteTemplate", Service::Main)
-                                     .sends("templateGuid", "doUndeploy").reads(asText);
+                                     .sends("templateGuid", "doUndeploy")
+                                     .reads(asText);
 constexpr auto kGetComponents =
     Operation<std::shared_ptr<Collection<Component>>>("getComponents", Service::Main)
         .sends("templateGuid", "cGuid", "cLabel", "cClass")
         .reads(listOf<Component, readComponent>);
 constexpr auto kGetThemeList = Operation<std::shared_ptr<Collection<ThemeInfo>>>("", Service::Main)
-                                   .sends("type").reads(listOf<ThemeInfo, readThemeInfo>);
+                                   .sends("type")
+                                   .reads(listOf<ThemeInfo, readThemeInfo>);
 constexpr auto kGetThemeInfo = Operation<std::shared_ptr<ThemeInfo>>("getThemeInfo", Service::Main)
-                                   .sends("guid").reads(record<ThemeInfo, readThemeInfo>);
+                                   .sends("guid")
+                                   .reads(record<ThemeInfo, readThemeInfo>);
 constexpr auto kApplyTheme = Operation<bool>("applyTheme", Service::Main)
-                                 .sends("themeGuid", "projectGuid").timeout(kLongTimeoutMs)
+                                 .sends("themeGuid", "projectGuid")
+                                 .timeout(kLongTimeoutMs)
                                  .reads(asBool);
 
 }  // namespace

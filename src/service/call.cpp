@@ -84,9 +84,8 @@ Outcome run(State& state, const Settings& settings,
     transport.setSoapAction(service.namespaceUri);
     if (state.useProxy) transport.setProxy("localhost", 8080);
 
-    const std::string url = settings.processHandle
-                                 ? serviceUrlForCode(state.baseUrl, "M")
-                                 : state.endpoint(settings.service);
+    const std::string url = settings.processHandle ? serviceUrlForCode(state.baseUrl, "M")
+                                                   : state.endpoint(settings.service);
     const soap::Answer answer = transport.send(url, text);
     if (answer.isFault()) {
       if (auto shown = alertText(settings.alert, answer.firstParameter(), alertName);

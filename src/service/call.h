@@ -91,8 +91,9 @@ class FunctionRef<R(A...)> {
  public:
   template <class F>
   FunctionRef(F&& f)  // NOLINT: converts implicitly, like a function pointer
-      : object_(const_cast<void*>(static_cast<const void*>(&f))),
-        call_([](void* o, A... a) -> R { return (*static_cast<std::remove_reference_t<F>*>(o))(a...); }) {}
+      : object_(const_cast<void*>(static_cast<const void*>(&f))), call_([](void* o, A... a) -> R {
+          return (*static_cast<std::remove_reference_t<F>*>(o))(a...);
+        }) {}
   R operator()(A... a) const { return call_(object_, a...); }
 
  private:
@@ -114,18 +115,36 @@ std::string genericFaultAlert(const soap::Node& fault);
 // How a value of the C++ argument list goes on the wire. Dates are local and go as UTC; an
 // absent optional date goes as the current time. A callable is called inside the pipeline, so a
 // value that cannot be made is reported like any failure, before a key is spent.
-inline soap::Value wireValue(const std::string& v) { return v; }
-inline soap::Value wireValue(const char* v) { return std::string(v); }
-inline soap::Value wireValue(int16_t v) { return v; }
-inline soap::Value wireValue(int32_t v) { return v; }
-inline soap::Value wireValue(bool v) { return v; }
-inline soap::Value wireValue(double v) { return v; }
-inline soap::Value wireValue(const Date& v) { return util::localToUtc(v); }
+inline soap::Value wireValue(const std::string& v) {
+  return v;
+}
+inline soap::Value wireValue(const char* v) {
+  return std::string(v);
+}
+inline soap::Value wireValue(int16_t v) {
+  return v;
+}
+inline soap::Value wireValue(int32_t v) {
+  return v;
+}
+inline soap::Value wireValue(bool v) {
+  return v;
+}
+inline soap::Value wireValue(double v) {
+  return v;
+}
+inline soap::Value wireValue(const Date& v) {
+  return util::localToUtc(v);
+}
 inline soap::Value wireValue(const std::optional<Date>& v) {
   return v ? util::localToUtc(*v) : util::localToUtc();
 }
-inline soap::Value wireValue(const std::vector<std::string>& v) { return v; }
-inline soap::Value wireValue(soap::Structure v) { return v; }
+inline soap::Value wireValue(const std::vector<std::string>& v) {
+  return v;
+}
+inline soap::Value wireValue(soap::Structure v) {
+  return v;
+}
 template <std::invocable F>
 soap::Value wireValue(const F& make) {
   return wireValue(make());
@@ -148,12 +167,16 @@ class Operation {
     next.elements_ = {std::string_view(names)...};
     return next;
   }
-  constexpr Operation keyless() const { return with([](auto& o) { o.settings_.key = Key::None; }); }
+  constexpr Operation keyless() const {
+    return with([](auto& o) { o.settings_.key = Key::None; });
+  }
   constexpr Operation timeout(int32_t ms) const {
     return with([ms](auto& o) { o.settings_.timeoutMs = ms; });
   }
   // The result read from the answer's return element.
-  constexpr Operation reads(Reader read) const { return with([read](auto& o) { o.read_ = read; }); }
+  constexpr Operation reads(Reader read) const {
+    return with([read](auto& o) { o.read_ = read; });
+  }
   // True once the service answers without a fault; the answer is not read.
   constexpr Operation trueWhenAnswered() const {
     static_assert(std::is_same_v<Result, bool>);
@@ -182,8 +205,8 @@ class Operation {
   }
 
   template <class... Args>
-    requires(sizeof...(Args) == N)
-  Reply<Result> run(State& state, const Args&... args) const {
+  requires(sizeof...(Args) == N) Reply<Result> run(State& state, const Args&... args)
+  const {
     Reply<Result> reply{Outcome::NotSent, Result{}};
     reply.outcome = service::run(
         state, settings_,
@@ -191,8 +214,7 @@ class Operation {
           size_t i = 0;
           (out.push_back({elements_[i++], wireValue(args)}), ...);
         },
-        [&](const soap::Answer& answer) { reply.value = read(answer); },
-        alertName(args...));
+        [&](const soap::Answer& answer) { reply.value = read(answer); }, alertName(args...));
     const auto fallback = reply.outcome == Outcome::Faulted  ? settings_.afterFault
                           : reply.outcome == Outcome::Failed ? settings_.afterFailure
                                                              : Fallback::FailureValue;
@@ -201,8 +223,7 @@ class Operation {
   }
 
   template <class... Args>
-    requires(sizeof...(Args) == N)
-  Result operator()(State& state, const Args&... args) const {
+  requires(sizeof...(Args) == N) Result operator()(State& state, const Args&... args) const {
     return run(state, args...).value;
   }
 

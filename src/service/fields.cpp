@@ -21,8 +21,7 @@ soap::Node Fields::find(std::string_view name) const {
   if (soap::Node found = lookFrom(cursor_, children.end())) return found;
   if (soap::Node found = lookFrom(children.begin(), cursor_)) return found;
   if (missing_ == Missing::Fails) {
-    throw soap::Failure(soap::kGeneralFailure, "The answer element <" +
-                                                   std::string(node_.name()) +
+    throw soap::Failure(soap::kGeneralFailure, "The answer element <" + std::string(node_.name()) +
                                                    "> lacks its child <" + std::string(name) + ">");
   }
   return {};

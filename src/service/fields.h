@@ -35,8 +35,7 @@ class Fields {
   // Which date children are read: every one that is not nil, or only those typed xsd:dateTime.
   enum class Dates { UnlessNil, OnlyTyped };
 
-  explicit Fields(soap::Node node, Missing missing = Missing::Fails,
-                  Dates dates = Dates::UnlessNil)
+  explicit Fields(soap::Node node, Missing missing = Missing::Fails, Dates dates = Dates::UnlessNil)
       : node_(node), missing_(missing), dates_(dates), cursor_(node.children().begin()) {}
 
   // The same element, read by other rules.

@@ -13,16 +13,21 @@ using namespace service;
 namespace {
 
 constexpr auto kGetVersionQuickly = Operation<std::string>("getVersion", Service::Main)
-                                        .keyless().timeout(kPingTimeoutMs).reads(asText);
+                                        .keyless()
+                                        .timeout(kPingTimeoutMs)
+                                        .reads(asText);
 constexpr auto kGetGuid = Operation<std::string>("getGuid", Service::Main).keyless().reads(asText);
 constexpr auto kGetFixedUrl =
     Operation<std::string>("getFixedUrl", Service::Main).keyless().reads(asText);
 constexpr auto kIsCompatible = Operation<bool>("isCompatible", Service::Login)
-                                   .keyless().sends("clientCode", "major", "minor", "revision")
+                                   .keyless()
+                                   .sends("clientCode", "major", "minor", "revision")
                                    .reads(asBool);
 // Older servers lack the operation.
 constexpr auto kSendClientDebugInfo = Operation<bool>("sendClientDebugInfo", Service::Main)
-                                          .sends("debugInfo").trueWhenAnswered().since("3.2.4.59");
+                                          .sends("debugInfo")
+                                          .trueWhenAnswered()
+                                          .since("3.2.4.59");
 
 // The four parts of "a.b.c.d" as 16-bit numbers; throws for anything else.
 std::array<int16_t, 4> versionParts(const std::string& text) {

@@ -130,10 +130,10 @@ Node Answer::returnNode() const {
 void Answer::spend(uint64_t units) const {
   spent_ += units;
   if (spent_ > allowance_) {
-    throw Failure(kGeneralFailure,
-                  "The answer from " + source_ + " refers to the same values so often that " +
-                      "reading it would take more than " + std::to_string(allowance_ >> 20) +
-                      " MiB; it was refused");
+    throw Failure(kGeneralFailure, "The answer from " + source_ +
+                                       " refers to the same values so often that " +
+                                       "reading it would take more than " +
+                                       std::to_string(allowance_ >> 20) + " MiB; it was refused");
   }
 }
 

@@ -37,7 +37,7 @@ class Node {
   std::string_view ns() const;    // namespace URI, empty for unqualified elements
   // The element's own character data (of the multiRef, for a reference).
   std::string_view text() const;
-  bool nil() const;  // xsi:nil="true" or "1"
+  bool nil() const;         // xsi:nil="true" or "1"
   bool isDateTime() const;  // typed xsd:dateTime
   // The first child with this local name and no namespace, or a null node.
   Node child(std::string_view childName) const;
@@ -169,7 +169,7 @@ class Answer {
   std::vector<Element> elements_;
   std::string arena_;
   std::vector<QualifiedName> names_;  // index 0: the empty name
-  std::deque<std::string> strings_;  // what the views of names_ and valueNamespaces_ point into
+  std::deque<std::string> strings_;   // what the views of names_ and valueNamespaces_ point into
   std::vector<std::pair<uint32_t, std::string_view>> valueNamespaces_;  // by element, sorted
   std::vector<uint32_t> parameters_;
   std::string source_;

@@ -7,9 +7,9 @@
 #include <cstring>
 #include <exception>
 #include <random>
-#include <utility>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "soap/failure.h"
@@ -166,8 +166,8 @@ class AnswerBuilder {
     }
 
     const auto index = static_cast<uint32_t>(answer_.elements_.size());
-    open_.push_back({index, static_cast<uint32_t>(bindings_.size()),
-                     static_cast<uint32_t>(pending_.size())});
+    open_.push_back(
+        {index, static_cast<uint32_t>(bindings_.size()), static_cast<uint32_t>(pending_.size())});
     for (const char** a = attributes; *a; a += 2) {
       if (!isNamespaceDeclaration(a[0])) continue;
       std::string_view name = a[0];
@@ -191,8 +191,8 @@ class AnswerBuilder {
         if (attribute == "id") {
           ids_.push_back({store(value), index});
         } else if (attribute == "href" && !value.empty()) {
-          if (value.front() != '#') fail(kUnusableServer, "refers to the external resource " +
-                                                              std::string(value));
+          if (value.front() != '#')
+            fail(kUnusableServer, "refers to the external resource " + std::string(value));
           hrefs_.push_back({store(value.substr(1)), index});
         }
         continue;
@@ -351,12 +351,14 @@ class AnswerBuilder {
     return stored;
   }
 
-  std::string_view labelText(const Label& l) const { return {labels_.data() + l.text.at, l.text.size}; }
+  std::string_view labelText(const Label& l) const {
+    return {labels_.data() + l.text.at, l.text.size};
+  }
 
   void noteQualifiedValue(uint32_t element, std::string_view text) {
     auto prefix = prefixOf(text);
-    if (prefix.empty() || !(std::isalpha(static_cast<unsigned char>(prefix.front())) ||
-                            prefix.front() == '_')) {
+    if (prefix.empty() ||
+        !(std::isalpha(static_cast<unsigned char>(prefix.front())) || prefix.front() == '_')) {
       return;
     }
     if (text.find_first_of(" /") != std::string_view::npos) return;
@@ -391,7 +393,7 @@ class AnswerBuilder {
     std::vector<uint8_t> state(answer_.elements_.size(), kUnseen);
     struct Step {
       uint32_t value;
-      uint32_t next;       // the next child element to look at
+      uint32_t next;        // the next child element to look at
       uint32_t height = 0;  // of the children done so far, plus one
     };
     std::vector<Step> path;
@@ -418,7 +420,8 @@ class AnswerBuilder {
         const uint32_t target = answer_.valueOf(child);
         if (state[target] == kOnPath) {
           const auto& name = answer_.names_[answer_.elements_[target].name];
-          fail(kUnusableServer, "holds a reference cycle through <" + std::string(name.local) + ">");
+          fail(kUnusableServer,
+               "holds a reference cycle through <" + std::string(name.local) + ">");
         }
         if (state[target] == kUnseen) {
           enter(target);
@@ -450,8 +453,8 @@ class AnswerBuilder {
   std::string_view schemaInstanceNs_;
   std::string_view encodingNs_;
   size_t defaultBindings_ = 0;  // default namespace declarations in scope
-  std::string pending_;  // character data of the open elements, innermost last
-  size_t runStart_ = 0;  // where the current run of character data began
+  std::string pending_;         // character data of the open elements, innermost last
+  size_t runStart_ = 0;         // where the current run of character data began
   bool inCdata_ = false;
   uint32_t body_ = kNone;
   std::vector<uint32_t> bodyEntries_;
@@ -476,7 +479,8 @@ struct AnswerParser::Impl {
   // named to expat outright, since its declaration may still claim UTF-8.
   void start(std::string_view first) {
     if (!encoding && first.size() >= 2) {
-      const auto b0 = static_cast<unsigned char>(first[0]), b1 = static_cast<unsigned char>(first[1]);
+      const auto b0 = static_cast<unsigned char>(first[0]),
+                 b1 = static_cast<unsigned char>(first[1]);
       if ((b0 == 0xff && b1 == 0xfe) || (b0 == '<' && b1 == 0)) encoding = "UTF-16LE";
       if ((b0 == 0xfe && b1 == 0xff) || (b0 == 0 && b1 == '<')) encoding = "UTF-16BE";
     }
@@ -527,9 +531,9 @@ struct AnswerParser::Impl {
   void parse(const char* data, size_t size, bool last) {
     if (XML_Parse(parser, data, static_cast<int>(size), last) == XML_STATUS_OK) return;
     if (failure) std::rethrow_exception(failure);
-    builder.fail(kUnusableServer,
-                 std::string("is not well-formed XML: ") + XML_ErrorString(XML_GetErrorCode(parser)) +
-                     " at byte " + std::to_string(XML_GetCurrentByteIndex(parser)));
+    builder.fail(kUnusableServer, std::string("is not well-formed XML: ") +
+                                      XML_ErrorString(XML_GetErrorCode(parser)) + " at byte " +
+                                      std::to_string(XML_GetCurrentByteIndex(parser)));
   }
 
   AnswerBuilder builder;
@@ -541,8 +545,8 @@ struct AnswerParser::Impl {
   std::string firstBytes;  // held until there are two
 };
 
-AnswerParser::AnswerParser(std::string_view charset, std::string source,
-                           const AnswerLimits& limits, uint64_t expectedBytes)
+AnswerParser::AnswerParser(std::string_view charset, std::string source, const AnswerLimits& limits,
+                           uint64_t expectedBytes)
     : impl_(std::make_unique<Impl>(charset, std::move(source), limits, expectedBytes)) {}
 
 AnswerParser::~AnswerParser() = default;

@@ -5,8 +5,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "util/datetime.h"
 #include "soap/namespaces.h"
+#include "util/datetime.h"
 #include "util/text.h"
 
 namespace brenmoor::soap {
@@ -77,7 +77,9 @@ class EnvelopeWriter {
   void write(std::string_view name, int32_t v) { typed(name, "int", std::to_string(v)); }
   void write(std::string_view name, bool v) { typed(name, "boolean", v ? "true" : "false"); }
   void write(std::string_view name, double v) { typed(name, "double", formatDouble(v)); }
-  void write(std::string_view name, const Date& v) { typed(name, "dateTime", util::formatDateTime(v)); }
+  void write(std::string_view name, const Date& v) {
+    typed(name, "dateTime", util::formatDateTime(v));
+  }
   void write(std::string_view name, const StringArray& items) {
     used_[kEnc] = used_[kXs] = used_[kXi] = true;
     body_ += '<';
