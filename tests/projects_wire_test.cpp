@@ -1,8 +1,10 @@
-// Projects, processes and deployments on the wire.
+// Projects, processes and deployments: what their answers become, and answers that must fail.
 
+#include <functional>
 #include <regex>
 
 #include "brenmoor/brenmoor.h"
+#include "util/time_zone.h"
 #include "wire_fixture.h"
 
 namespace brenmoor {
@@ -10,65 +12,17 @@ namespace {
 
 using testing::Reply;
 
-// The request's elements with the key's value blanked, for exact comparison.
-std::string withoutKey(std::string elements) {
-  return std::regex_replace(elements, std::regex("<key XI:type=\"XS:string\">[^<]*</key>"),
-                            "<key/>");
+std::string repeat(const std::string& text, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += text;
+  return out;
+}
+
+std::string created(const std::string& when) {
+  return "<item><created xsi:type=\"xsd:dateTime\">" + when + "</created></item>";
 }
 
 class ProjectsWire : public testing::WireTest {};
-
-TEST_F(ProjectsWire, SendsEachOperationsElementsInOrder) {
-  answerScalar("createProject", "p-1");
-  EXPECT_EQ(service.createProject("Apollo", "R&D"), "p-1");
-  EXPECT_EQ(withoutKey(lastElements("createProject")),
-            "<key/><name XI:type=\"XS:string\">Apollo</name>"
-            "<description XI:type=\"XS:string\">R&amp;D</description>");
-
-  answerScalar("deleteProject", "false", "boolean");
-  EXPECT_TRUE(service.deleteProject("p-1"));  // success is the absence of a fault
-  EXPECT_EQ(withoutKey(lastElements("deleteProject")),
-            "<key/><projectGuid XI:type=\"XS:string\">p-1</projectGuid>"
-            "<doUndeploy XI:type=\"XS:boolean\">true</doUndeploy>");
-
-  answerScalar("hasDeployedTemplate", "1", "boolean");
-  EXPECT_TRUE(service.hasDeployedTemplate("p-1"));
-  EXPECT_NE(lastBody().find("<templateType XI:type=\"XS:string\"></templateType>"),
-            std::string::npos);
-
-  answerScalar("setProjectType", "false", "boolean");
-  EXPECT_TRUE(service.setProjectType("p-1", "event"));
-
-  answerScalar("setProjectDeploymentDefinition", "false", "boolean");
-  EXPECT_TRUE(service.setProjectDeploymentDefinition("p-1", 2));
-  EXPECT_EQ(withoutKey(lastElements("setProjectDeploymentDefinition")),
-            "<key/><projectGuid XI:type=\"XS:string\">p-1</projectGuid>"
-            "<deploymentDefID XI:type=\"XS:int\">2</deploymentDefID>"
-            "<deploymentPath XI:type=\"XS:string\"></deploymentPath>");
-
-  answerScalar("setDeploymentVersionDuration", "true", "boolean");
-  EXPECT_TRUE(service.setDeploymentVersionDuration("v-1", 90));
-  EXPECT_NE(lastBody().find("<duration XI:type=\"XS:int\">90</duration>"), std::string::npos);
-
-  answer("getDeploymentEnvironmentList_Array",
-         "<r><item><id>2</id><name>Production</name>"
-         "<mustUsePath>true</mustUsePath></item></r>");
-  auto environments = service.getDeploymentEnvironmentList();
-  ASSERT_TRUE(environments);
-  EXPECT_EQ(environments->Item(1)->id, 2);
-  EXPECT_TRUE(environments->Item(1)->mustUsePath);
-  EXPECT_EQ(withoutKey(lastElements("getDeploymentEnvironmentList_Array")), "<key/>");
-
-  answer("getDeploymentStatusList_Array",
-         "<r><item><versionGuid>v</versionGuid><state>live</state><progress>100</progress>"
-         "</item></r>");
-  auto status = service.getDeploymentStatusList({"d-1", "d-2"});
-  ASSERT_TRUE(status);
-  EXPECT_EQ(status->Item(1)->state, "live");
-  EXPECT_NE(lastBody().find("Enc:arrayType=\"XS:string[2]\"><i XI:type=\"XS:string\">d-1</i>"),
-            std::string::npos);
-  EXPECT_TRUE(host->boxes.empty());
-}
 
 TEST_F(ProjectsWire, RefusesADuplicateNameWithItsOwnAlert) {
   server.enqueue(Reply::xml(testing::applicationFault("tv:DuplicateName", "taken", "1")));
@@ -81,23 +35,33 @@ TEST_F(ProjectsWire, RefusesADuplicateNameWithItsOwnAlert) {
   EXPECT_EQ(host->boxes[1].text, "Fault:Other urn:telvane-faults no 2 ");
 }
 
-TEST_F(ProjectsWire, ChoosesTheListOperationByType) {
-  answer("getProjectList_Array", "<r/>");
-  auto all = service.getProjectList();
-  ASSERT_TRUE(all);
-  EXPECT_EQ(all->Count(), 0);
-  EXPECT_EQ(withoutKey(lastElements("getProjectList_Array")), "<key/>");
-
+TEST_F(ProjectsWire, ReadsListsOfAnyItemNameAndTakesAnyAnswerAsDone) {
   answer("getProjectListByType_Array", "<r><item><name>A</name></item><x><name>B</name></x></r>");
   auto typed = service.getProjectList("event");
   ASSERT_TRUE(typed);
   ASSERT_EQ(typed->Count(), 2);
   EXPECT_EQ(typed->Item(2)->name(), "B");
-  EXPECT_EQ(withoutKey(lastElements("getProjectListByType_Array")),
-            "<key/><type XI:type=\"XS:string\">event</type>");
-
+  answer("getDeploymentEnvironmentList_Array",
+         "<r><item><id>2</id><name>Production</name><mustUsePath>true</mustUsePath></item></r>");
+  auto environments = service.getDeploymentEnvironmentList();
+  ASSERT_TRUE(environments);
+  EXPECT_EQ(environments->Item(1)->id, 2);
+  EXPECT_TRUE(environments->Item(1)->mustUsePath);
   server.enqueue(Reply::xml(testing::applicationFault("tv:X", "no", "")));
   EXPECT_EQ(service.getProjectList(), nullptr);
+
+  // These report success by answering at all, even "false".
+  const std::vector<std::function<bool()>> calls = {
+      [&] { return service.deleteProject("p-1"); },
+      [&] { return service.setProjectType("p-1", "event"); },
+      [&] { return service.setProjectDeploymentDefinition("p-1", 2); },
+      [&] { return service.clearProject("p-1"); },
+      [&] { return service.setTemplateMetadata("t-1", "<m/>"); },
+  };
+  for (size_t i = 0; i < calls.size(); ++i) {
+    answerScalar("any", "false", "boolean");
+    EXPECT_TRUE(calls[i]()) << i;
+  }
 }
 
 TEST_F(ProjectsWire, MapsWhatTheProjectAnswerHoldsAndLeavesTheRest) {
@@ -110,7 +74,6 @@ TEST_F(ProjectsWire, MapsWhatTheProjectAnswerHoldsAndLeavesTheRest) {
          "<deploymentDefID xsi:type=\"xsd:int\">2</deploymentDefID>"
          "<hasDeployedTemplate xsi:type=\"xsd:boolean\">true</hasDeployedTemplate></r>");
   auto p = service.getProjectInfo("p-1");
-  unsetenv("TZ");
   ASSERT_TRUE(p);
   EXPECT_EQ(p->created(), Date::fromParts(2024, 1, 2, 3, 4, 5));
   EXPECT_TRUE(p->created.occurs());
@@ -119,39 +82,71 @@ TEST_F(ProjectsWire, MapsWhatTheProjectAnswerHoldsAndLeavesTheRest) {
   EXPECT_EQ(p->name(), "Apollo");
   EXPECT_EQ(p->deploymentDefID(), 2);
   EXPECT_TRUE(p->hasDeployedTemplate());
-  EXPECT_EQ(p->typeID(), "");
   EXPECT_FALSE(p->typeID.occurs());
-  EXPECT_EQ(p->notes(), "");
   EXPECT_FALSE(p->notes.occurs());
 }
 
-TEST_F(ProjectsWire, PollsProcessesByTheirIdOnTheMainServiceWithoutAKey) {
-  answerScalar("clearProject", "false", "boolean");
-  EXPECT_TRUE(service.clearProject("p-1"));
-  EXPECT_NE(lastBody().find("<doUndeploy XI:type=\"XS:boolean\">false</doUndeploy>"),
-            std::string::npos);
+TEST_F(ProjectsWire, MovesEveryDateByTheOffsetInForceNow) {
+  // Both sides of a daylight-saving change move alike: the service's own rule.
+  setenv("TZ", "Europe/Berlin", 1);
+  answer("getProjectList_Array",
+         "<r>" + created("2024-03-30T12:00:00Z") + created("2024-04-01T12:00:00Z") + "</r>");
+  auto list = service.getProjectList();
+  const int32_t offset = util::localOffsetSeconds();
+  ASSERT_TRUE(list) << service.lastErrMsg();
+  ASSERT_TRUE(offset == 3600 || offset == 7200) << offset;
+  EXPECT_EQ(list->Item(1)->created(), Date::fromParts(2024, 3, 30, 12).addSeconds(offset));
+  EXPECT_EQ(list->Item(2)->created(), Date::fromParts(2024, 4, 1, 12).addSeconds(offset));
 
-  answerScalar("clearProject_Async", "proc-1;M");
-  EXPECT_EQ(service.clearProject_Async("p-1", true), "proc-1;M");
+  // A new TZ counts from the next call on.
+  for (const auto& [tz, hour] : {std::pair{"UTC", 12}, std::pair{"Asia/Tokyo", 21}}) {
+    setenv("TZ", tz, 1);
+    answer("getProjectList_Array", "<r>" + created("2024-03-30T12:00:00Z") + "</r>");
+    list = service.getProjectList();
+    ASSERT_TRUE(list) << tz;
+    EXPECT_EQ(list->Item(1)->created(), Date::fromParts(2024, 3, 30, hour)) << tz;
+  }
+}
 
-  EXPECT_FALSE(service.isProcessComplete("proc-1"));  // no ";": nothing is sent
+TEST_F(ProjectsWire, FailsAnAnswerWhoseItemsAllShareOneLargeValue) {
+  answer("getProjectList_Array", "<r>" + repeat("<item href=\"#big\"/>", 8000) + "</r>",
+         "<multiRef id=\"big\" soapenc:root=\"0\">" + repeat("<c/>", 4000) + "</multiRef>");
+  EXPECT_EQ(service.getProjectList(), nullptr);
+  EXPECT_EQ(service.lastErrID(), -1);
+  EXPECT_NE(service.lastErrMsg().find("refers to the same values so often"), std::string::npos)
+      << service.lastErrMsg();
+}
+
+TEST_F(ProjectsWire, RefusesAnswersPastTheLimitAndTakesLargeOnesWithin) {
+  const std::string item = "<item><name>p</name></item>";
+  service.setMaxAnswerBytes(64 * 1024);
+  answer("getProjectList_Array", "<r>" + repeat(item, 200 * 1024 / item.size()) + "</r>");
+  EXPECT_EQ(service.getProjectList(), nullptr);
+  EXPECT_EQ(service.lastErrID(), -1);
+  std::smatch reached;
+  ASSERT_TRUE(std::regex_search(service.lastErrMsg(), reached,
+                                std::regex("65536 bytes \\(([0-9]+) bytes received\\)")))
+      << service.lastErrMsg();
+  EXPECT_GT(std::stoul(reached[1]), 65536u);
+
+  service.setMaxAnswerBytes(64 << 20);
+  answer("getProjectList_Array", "<r>" + repeat(item, 62'500) + "</r>");
+  auto list = service.getProjectList();
+  ASSERT_TRUE(list) << service.lastErrID() << " " << service.lastErrMsg();
+  EXPECT_EQ(list->Count(), 62'500);
+  EXPECT_EQ(list->Item(62'500)->name(), "p");
+}
+
+TEST_F(ProjectsWire, SendsNothingForAProcessHandleWithoutItsCode) {
+  service.setLastErrID(7);
+  EXPECT_FALSE(service.isProcessComplete("proc-1"));
   EXPECT_EQ(service.getProcessPercentComplete("proc-1"), 0);
-  EXPECT_EQ(server.requests().size(), 2u);
-
-  answerScalar("isProcessComplete", "true", "boolean");
-  EXPECT_TRUE(service.isProcessComplete("proc-1;A"));
-  EXPECT_EQ(server.lastRequest().target, "/services/Telvane");
-  EXPECT_EQ(lastElements("isProcessComplete"), "<procGuid XI:type=\"XS:string\">proc-1</procGuid>");
-
-  answerScalar("getProcessPercentComplete", "40", "short");
-  EXPECT_EQ(service.getProcessPercentComplete("proc-1;M"), 40);
-  EXPECT_EQ(lastElements("getProcessPercentComplete"),
-            "<procGuid XI:type=\"XS:string\">proc-1</procGuid>");
-
-  answerScalar("clearProject_Result", "true", "boolean");
-  EXPECT_TRUE(service.clearProject_Result("proc-1;M;extra"));
-  EXPECT_EQ(withoutKey(lastElements("clearProject_Result")),
-            "<key/><procGuid XI:type=\"XS:string\">proc-1</procGuid>");
+  EXPECT_EQ(service.getProcessMessage("proc-1"), "");
+  EXPECT_FALSE(service.clearProject_Result("proc-1"));
+  EXPECT_FALSE(service.undeployProject_Result("proc-1"));
+  EXPECT_EQ(service.keyCounter(), 0);
+  EXPECT_TRUE(server.requests().empty());
+  EXPECT_EQ(service.lastErrID(), 7);
   EXPECT_TRUE(host->boxes.empty());
 }
 

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "brenmoor/zyl_service.h"
@@ -13,6 +15,21 @@
 
 namespace brenmoor::testing {
 
+// Puts TZ back as it was, so that a test may set it freely.
+struct TzGuard {
+  TzGuard() {
+    if (const char* tz = std::getenv("TZ")) saved = tz;
+  }
+  void restore() const {
+    if (saved) {
+      setenv("TZ", saved->c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+  }
+  std::optional<std::string> saved;
+};
+
 class WireTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -21,6 +38,7 @@ class WireTest : public ::testing::Test {
     service.ShowAlerts(false);
     service.SetServiceBaseUrl(server.baseUrl());
   }
+  void TearDown() override { savedTz.restore(); }
 
   // Scripts the next answer: <opResponse> holding `returnXml` and then `entries`.
   void answer(const std::string& op, const std::string& returnXml,
@@ -43,6 +61,7 @@ class WireTest : public ::testing::Test {
     return body.substr(open, body.find("</a:" + op + ">") - open);
   }
 
+  TzGuard savedTz;
   ScriptedServer server;
   std::shared_ptr<RecordingHost> host;
   ZylService service;

@@ -1,0 +1,215 @@
+// Every remote operation on the wire: where it goes, under which action, and what it sends.
+
+#include <pugixml.hpp>
+
+#include <functional>
+#include <regex>
+#include <sstream>
+
+#include "brenmoor/brenmoor.h"
+#include "wire_fixture.h"
+
+namespace brenmoor {
+namespace {
+
+struct Endpoint {
+  const char* path;
+  const char* action;
+};
+constexpr Endpoint kLogin{"/services/Login", "urn:telvane-login"};
+constexpr Endpoint kMain{"/services/Telvane", "urn:telvane-main"};
+constexpr bool kKey = true, kNoKey = false;
+
+struct Row {
+  std::function<void(ZylService&)> call;  // empty: the request is the previous call's next one
+  std::string op;
+  Endpoint endpoint;
+  bool key;
+  // The elements after the key as "name=value", with ":type" after the name unless a string
+  // and "[n]" instead of a value for arrays and structures; a value "*" is not compared.
+  std::string elements;
+};
+
+std::string elementsOf(pugi::xml_node op, bool skipKey) {
+  std::string out;
+  for (pugi::xml_node e = op.first_child(); e; e = e.next_sibling()) {
+    if (skipKey && e == op.first_child()) continue;
+    std::string type = e.attribute("XI:type").value();
+    type = type.substr(type.find(':') + 1);
+    out += (out.empty() ? "" : " ") + std::string(e.name()) +
+           (type.empty() || type == "string" ? "" : ":" + type);
+    if (e.first_child().type() == pugi::node_element || type == "Array") {
+      out += "[" + std::to_string(std::distance(e.children().begin(), e.children().end())) + "]";
+    } else {
+      out += "=" + std::string(e.text().get());
+    }
+  }
+  return out;
+}
+
+// `actual` with the values that `expected` leaves open replaced by "*".
+std::string leavingOpen(const std::string& actual, const std::string& expected) {
+  std::istringstream a(actual), e(expected);
+  std::string out, x, y;
+  while (a >> x) {
+    if (e >> y && y.ends_with("=*") && x.starts_with(y.substr(0, y.size() - 1))) x = y;
+    out += (out.empty() ? "" : " ") + x;
+  }
+  return out;
+}
+
+class OperationsWire : public testing::WireTest {};
+
+TEST_F(OperationsWire, EachOperationSendsItsElementsToItsService) {
+  using Z = ZylService;
+  const std::string version = "clientCode=KWRB major:int=" + std::to_string(kVersionMajor) +
+                              " minor:int=" + std::to_string(kVersionMinor) +
+                              " revision:int=" + std::to_string(kVersionRevision);
+  const std::string login = "challenge=c-1 response=* username=ann";
+  const std::vector<Row> rows = {
+      {[](Z& s) { s.loginUnencryptedPassword("ann", "pw"); }, "getChallenge", kLogin, kNoKey, ""},
+      {{}, "userLogin", kLogin, kNoKey, login},
+      {{}, "getVersion", kMain, kNoKey, ""},
+      {[](Z& s) { s.login("ann", "0cc175b9c0f1b6a831c399e269772661"); }, "getChallenge", kLogin,
+       kNoKey, ""},
+      {{}, "userLogin", kLogin, kNoKey, login},
+      {{}, "getVersion", kMain, kNoKey, ""},
+      {[](Z& s) { s.getAccounts(); }, "getUserAccounts", kLogin, kKey, ""},
+      {[](Z& s) { s.selectAccount("42"); }, "selectAccount", kLogin, kKey, "account_id:int=42"},
+      {[](Z& s) { s.selectAccountByGuid("g-1"); }, "selectAccountByGuid", kLogin, kKey,
+       "account_guid=g-1"},
+      {[](Z& s) { s.isCompatible(); }, "isCompatible", kLogin, kNoKey, version},
+      {[](Z& s) { s.logout(); }, "userLogout", kLogin, kKey, ""},
+      {[&](Z& s) { s.Ping(server.baseUrl()); }, "getVersion", kMain, kNoKey, ""},
+      {[](Z& s) { s.getGuid(); }, "getGuid", kMain, kNoKey, ""},
+      {[](Z& s) { s.getFixedUrl(); }, "getFixedUrl", kMain, kNoKey, ""},
+      {[](Z& s) { s.sendDebugInfo("a<b"); }, "sendClientDebugInfo", kMain, kKey, "debugInfo=a<b"},
+      {[](Z& s) { s.createProject("Apollo", "R&D"); }, "createProject", kMain, kKey,
+       "name=Apollo description=R&D"},
+      {[](Z& s) { s.deleteProject("p-1"); }, "deleteProject", kMain, kKey,
+       "projectGuid=p-1 doUndeploy:boolean=true"},
+      {[](Z& s) { s.projectExists("p-1"); }, "projectExists", kMain, kKey, "projectGuid=p-1"},
+      {[](Z& s) { s.hasDeployedTemplate("p-1"); }, "hasDeployedTemplate", kMain, kKey,
+       "projectGuid=p-1 templateType="},
+      {[](Z& s) { s.getProjectList(); }, "getProjectList_Array", kMain, kKey, ""},
+      {[](Z& s) { s.getProjectList("event"); }, "getProjectListByType_Array", kMain, kKey,
+       "type=event"},
+      {[](Z& s) { s.getProjectInfo("p-1"); }, "getProjectProperties", kMain, kKey,
+       "projectGuid=p-1"},
+      {[](Z& s) { s.setProjectType("p-1", "event"); }, "setProjectType", kMain, kKey,
+       "projectGuid=p-1 type=event"},
+      {[](Z& s) { s.clearProject("p-1"); }, "clearProject", kMain, kKey,
+       "projectGuid=p-1 doUndeploy:boolean=false"},
+      {[](Z& s) { s.clearProject_Async("p-1", true); }, "clearProject_Async", kMain, kKey,
+       "projectGuid=p-1 doUndeploy:boolean=true"},
+      {[](Z& s) { s.undeployProject_Async("p-1"); }, "undeployProject_Async", kMain, kKey,
+       "projectGuid=p-1"},
+      // Whatever service a procGuid's code names, only its id goes, to the main service.
+      {[](Z& s) { s.isProcessComplete("c-1;A"); }, "isProcessComplete", kMain, kNoKey,
+       "procGuid=c-1"},
+      {[](Z& s) { s.getProcessPercentComplete("c-1;C"); }, "getProcessPercentComplete", kMain,
+       kNoKey, "procGuid=c-1"},
+      {[](Z& s) { s.getProcessMessage("c-1;M;x"); }, "getProcessMessage", kMain, kNoKey,
+       "procGuid=c-1"},
+      {[](Z& s) { s.clearProject_Result("c-1;A"); }, "clearProject_Result", kMain, kKey,
+       "procGuid=c-1"},
+      {[](Z& s) { s.undeployProject_Result("u-1;M"); }, "undeployProject_Result", kMain, kKey,
+       "procGuid=u-1"},
+      {[](Z& s) { s.hasTemplateAccess("t-1"); }, "hasTemplateAccess", kMain, kKey,
+       "templateGuid=t-1 rights="},
+      {[](Z& s) { s.getTemplateList("page", "listThings"); }, "listThings", kMain, kKey,
+       "type=page"},
+      {[](Z& s) { s.getProjectTemplateList("p-1", true); }, "getProjectTemplateList_Array", kMain,
+       kKey, "projectGuid=p-1 includeDeploymentInfo:boolean=true"},
+      {[](Z& s) { s.setTemplateMetadata("t-1", "<m/>"); }, "setTemplateMetadata", kMain, kKey,
+       "tGuid=t-1 metadataXML=<m/>"},
+      {[](Z& s) { s.templateExists("t-1"); }, "templateExists", kMain, kKey, "tGuid=t-1"},
+      {[](Z& s) { s.getTemplateInfo("t-1"); }, "getTemplateInfo", kMain, kKey, "templateGuid=t-1"},
+      {[](Z& s) { s.getThemeTemplateInfo("h-1", "t-1"); }, "getThemeTemplateInfo", kMain, kKey,
+       "themeGuid=h-1 templateGuid=t-1"},
+      {[](Z& s) { s.copyTemplate("t-1", "p-1", "Copy", true); }, "copyTemplate", kMain, kKey,
+       "templateGuid=t-1 targetProjectGuid=p-1 templateName=Copy overwriteExisting:boolean=true"},
+      {[](Z& s) { s.deleteTemplate("t-1"); }, "deleteTemplate", kMain, kKey,
+       "templateGuid=t-1 doUndeploy:boolean=false"},
+      {[](Z& s) { s.getComponents("t-1", "c-1", "Video", "Player"); }, "getComponents", kMain, kKey,
+       "templateGuid=t-1 cGuid=c-1 cLabel=Video cClass=Player"},
+      {[](Z& s) { s.getThemeList("event", "listThemes"); }, "listThemes", kMain, kKey,
+       "type=event"},
+      {[](Z& s) { s.getThemeInfo("h-1"); }, "getThemeInfo", kMain, kKey, "guid=h-1"},
+      {[](Z& s) { s.applyTheme("h-1", "p-1"); }, "applyTheme", kMain, kKey,
+       "themeGuid=h-1 projectGuid=p-1"},
+      {[](Z& s) { s.getDeploymentInfo("t-1"); }, "getDeploymentInfo", kMain, kKey,
+       "templateGuid=t-1"},
+      {[](Z& s) { s.setDeploymentVersionDuration("v-1", 90); }, "setDeploymentVersionDuration",
+       kMain, kKey, "versionGuid=v-1 duration:int=90"},
+      {[](Z& s) { s.getDeploymentEnvironmentList(); }, "getDeploymentEnvironmentList_Array", kMain,
+       kKey, ""},
+      {[](Z& s) { s.setProjectDeploymentDefinition("p-1", 2); }, "setProjectDeploymentDefinition",
+       kMain, kKey, "projectGuid=p-1 deploymentDefID:int=2 deploymentPath="},
+      {[](Z& s) {
+         s.getDeploymentStatusList({"d-1", "d-2"});
+       },
+       "getDeploymentStatusList_Array", kMain, kKey, "deploymentGuidList:Array[2]"},
+      {[](Z& s) { s.getDataRecord({"t-1"}); }, "getDataRecord", kMain, kKey,
+       "guid= templateGuidList:Array[1]"},
+      {[](Z& s) { s.getThemeDataRecord("h-1"); }, "getThemeDataRecord", kMain, kKey,
+       "themeGuid=h-1"},
+      {[](Z& s) { s.getDataRecordEntry("t-1", "e-1", "Logo"); }, "getDataRecordEntry", kMain, kKey,
+       "templateGuid=t-1 dreGuid=e-1 dreLabel=Logo"},
+      {[](Z& s) {
+         DataRecord r;
+         r.entries = std::make_shared<Collection<DataRecordEntry>>();
+         r.templateGuidList = std::make_shared<Collection<std::string>>();
+         s.createDataRecord(r, "p-1", true);
+       },
+       "createDataRecord", kMain, kKey, "dr[5] projectGuid=p-1 overwriteExisting:boolean=true"},
+      {[](Z& s) { s.setDataRecordSyncData("r-1", "t-1", "<s/>"); }, "setDataRecordSyncData", kMain,
+       kKey, "drGuid=r-1 templateGuid=t-1 syncXML=<s/>"},
+      {[](Z& s) {
+         s.Deploy({"r-1"}, {"t-1", "t-2"});
+       },
+       "deploy", kMain, kKey, "datarecordGuidList:Array[1] templateGuidList:Array[2]"},
+  };
+
+  for (const Row& row : rows) {
+    const char* value = row.op == "getChallenge" ? "c-1"
+                        : row.op == "userLogin"  ? "tok"
+                        : row.op == "getVersion" ? "3.2.4.60"
+                                                 : "true";
+    answerScalar(row.op, value);
+  }
+  for (const Row& row : rows) {
+    if (row.call) row.call(service);
+  }
+
+  const auto requests = server.requests();
+  EXPECT_EQ(requests.size(), rows.size());
+  const std::regex key("tok:([0-9]+):[0-9a-f]{32}");
+  int lastCounter = 0;
+  for (size_t i = 0; i < std::min(requests.size(), rows.size()); ++i) {
+    const Row& row = rows[i];
+    const testing::RecordedRequest& request = requests[i];
+    SCOPED_TRACE(row.op);
+    EXPECT_EQ(request.target, row.endpoint.path);
+    EXPECT_EQ(request.header("SOAPAction"), "\"" + std::string(row.endpoint.action) + "\"");
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(request.body.c_str()));
+    EXPECT_STREQ(document.document_element().attribute("xmlns:a").value(), row.endpoint.action);
+    const pugi::xml_node op = document.document_element().child("S:Body").first_child();
+    EXPECT_EQ(op.name(), "a:" + row.op);
+    const pugi::xml_node first = op.first_child();
+    EXPECT_EQ(std::string_view(first.name()) == "key", row.key);
+    if (row.key) {
+      // Each key is new: its counter only goes up.
+      std::cmatch match;
+      ASSERT_TRUE(std::regex_match(first.text().get(), match, key)) << first.text().get();
+      EXPECT_GT(std::stoi(match[1]), lastCounter);
+      lastCounter = std::stoi(match[1]);
+    }
+    EXPECT_EQ(leavingOpen(elementsOf(op, row.key), row.elements), row.elements);
+  }
+  EXPECT_TRUE(host->boxes.empty());
+}
+
+}  // namespace
+}  // namespace brenmoor
