@@ -118,9 +118,6 @@ std::string genericFaultAlert(const soap::Node& fault);
 inline soap::Value wireValue(const std::string& v) {
   return v;
 }
-inline soap::Value wireValue(const char* v) {
-  return std::string(v);
-}
 inline soap::Value wireValue(int16_t v) {
   return v;
 }

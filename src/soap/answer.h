@@ -120,7 +120,6 @@ class Answer {
   Answer& operator=(Answer&&) noexcept = default;
 
   // The Body's entries, without the multiRef entries that are reachable only by reference.
-  const std::vector<uint32_t>& parameterIndexes() const { return parameters_; }
   size_t parameterCount() const { return parameters_.size(); }
   Node parameter(size_t i) const { return Node(this, parameters_.at(i)); }
   // Throws Failure when the Body is empty.

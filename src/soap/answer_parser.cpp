@@ -437,7 +437,9 @@ class AnswerBuilder {
     Node code = first.child("faultcode");
     std::string text;
     if (code && code.valueNamespace() != kEnvelopeNs) {
-      text = "{" + std::string(code.valueNamespace()) + "}";
+      text += '{';
+      text += code.valueNamespace();
+      text += '}';
     }
     if (code) text += code.valueLocalName();
     text += " : ";

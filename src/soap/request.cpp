@@ -15,60 +15,74 @@ namespace {
 // Prefixes used in the request text, paired with their namespace URIs.
 enum NsIndex { kEnc, kEnv, kXs, kXi, kService, kNsCount };
 
+using UsedNamespaces = std::array<bool, kNsCount>;
+
+// Only the namespaces a request uses are declared, so they are known before it is written.
+void noteNamespaces(const std::vector<Element>& elements, UsedNamespaces& used) {
+  for (const auto& e : elements) {
+    if (const auto* s = std::get_if<Structure>(&e.value)) {
+      noteNamespaces(s->children, used);
+      continue;
+    }
+    used[kXs] = used[kXi] = true;
+    if (std::holds_alternative<StringArray>(e.value)) used[kEnc] = true;
+  }
+}
+
+// Writes the whole request into one buffer.
 class EnvelopeWriter {
  public:
-  void element(const Element& e) {
-    std::visit([&](const auto& v) { write(e.name, v); }, e.value);
-  }
+  explicit EnvelopeWriter(std::string& out) : out_(out) {}
 
-  std::string finish(std::string_view namespaceUri, std::string_view operation,
-                     bool withoutDeclaration) {
-    used_[kEnv] = used_[kService] = true;
+  void header(std::string_view namespaceUri, std::string_view operation, const UsedNamespaces& used,
+              bool withoutDeclaration) {
     const std::array<std::string_view, kNsCount> uris = {kEncodingNs, kEnvelopeNs, kSchemaNs,
                                                          kSchemaInstanceNs, namespaceUri};
     constexpr std::array<std::string_view, kNsCount> prefixes = {"Enc", "S", "XS", "XI", "a"};
     std::array<int, kNsCount> order = {kEnc, kEnv, kXs, kXi, kService};
     std::sort(order.begin(), order.end(), [&](int l, int r) { return uris[l] < uris[r]; });
 
-    std::string out;
-    out.reserve(body_.size() + 400);
-    if (!withoutDeclaration) out += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-    out += "<S:Envelope";
+    if (!withoutDeclaration) out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    out_ += "<S:Envelope";
     for (int i : order) {
-      if (!used_[i]) continue;
-      out += "\r\n\txmlns:";
-      out += prefixes[i];
-      out += "=\"";
-      util::appendEscaped(out, uris[i], false);
-      out += '"';
+      if (!used[i]) continue;
+      out_ += "\r\n\txmlns:";
+      out_ += prefixes[i];
+      out_ += "=\"";
+      util::appendEscaped(out_, uris[i], false);
+      out_ += '"';
     }
-    out += "><S:Body><a:";
-    out += operation;
-    out += '>';
-    out += body_;
-    out += "</a:";
-    out += operation;
-    out += "></S:Body></S:Envelope>";
-    return out;
+    out_ += "><S:Body><a:";
+    out_ += operation;
+    out_ += '>';
+  }
+
+  void element(const Element& e) {
+    std::visit([&](const auto& v) { write(e.name, v); }, e.value);
+  }
+
+  void footer(std::string_view operation) {
+    out_ += "</a:";
+    out_ += operation;
+    out_ += "></S:Body></S:Envelope>";
   }
 
  private:
   void open(std::string_view name, std::string_view type) {
-    used_[kXs] = used_[kXi] = true;
-    body_ += '<';
-    body_ += name;
-    body_ += " XI:type=\"XS:";
-    body_ += type;
-    body_ += "\">";
+    out_ += '<';
+    out_ += name;
+    out_ += " XI:type=\"XS:";
+    out_ += type;
+    out_ += "\">";
   }
   void close(std::string_view name) {
-    body_ += "</";
-    body_ += name;
-    body_ += '>';
+    out_ += "</";
+    out_ += name;
+    out_ += '>';
   }
   void typed(std::string_view name, std::string_view type, std::string_view text) {
     open(name, type);
-    util::appendEscaped(body_, text, false);  // the apostrophe stays as it is
+    util::appendEscaped(out_, text, false);  // the apostrophe stays as it is
     close(name);
   }
 
@@ -81,19 +95,18 @@ class EnvelopeWriter {
     typed(name, "dateTime", util::formatDateTime(v));
   }
   void write(std::string_view name, const StringArray& items) {
-    used_[kEnc] = used_[kXs] = used_[kXi] = true;
-    body_ += '<';
-    body_ += name;
-    body_ += " XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[";
-    body_ += std::to_string(items.size());
-    body_ += "]\">";
+    out_ += '<';
+    out_ += name;
+    out_ += " XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[";
+    out_ += std::to_string(items.size());
+    out_ += "]\">";
     for (const auto& item : items) typed("i", "string", item);
     close(name);
   }
   void write(std::string_view name, const Structure& s) {
-    body_ += '<';
-    body_ += name;
-    body_ += '>';
+    out_ += '<';
+    out_ += name;
+    out_ += '>';
     for (const auto& child : s.children) element(child);
     close(name);
   }
@@ -106,17 +119,23 @@ class EnvelopeWriter {
     return std::string(buf, end);
   }
 
-  std::string body_;
-  std::array<bool, kNsCount> used_{};
+  std::string& out_;
 };
 
 }  // namespace
 
 std::string writeEnvelope(std::string_view namespaceUri, std::string_view operation,
                           const std::vector<Element>& elements, bool withoutDeclaration) {
-  EnvelopeWriter writer;
+  UsedNamespaces used{};
+  used[kEnv] = used[kService] = true;
+  noteNamespaces(elements, used);
+  std::string out;
+  out.reserve(1024);
+  EnvelopeWriter writer(out);
+  writer.header(namespaceUri, operation, used, withoutDeclaration);
   for (const auto& e : elements) writer.element(e);
-  return writer.finish(namespaceUri, operation, withoutDeclaration);
+  writer.footer(operation);
+  return out;
 }
 
 }  // namespace brenmoor::soap

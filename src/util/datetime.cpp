@@ -12,7 +12,9 @@ std::string formatDateTime(const Date& utc) {
 
 Date parseDateTime(std::string_view text) {
   auto mismatch = [&]() -> Error {
-    return Error(Error::TypeMismatch, "\"" + std::string(text) + "\" is not an xsd:dateTime");
+    std::string what(1, '"');
+    what.append(text).append("\" is not an xsd:dateTime");
+    return Error(Error::TypeMismatch, what);
   };
   std::string_view local = text;
   int64_t offsetSeconds = 0;
