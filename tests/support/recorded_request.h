@@ -1,7 +1,8 @@
 #pragma once
 
+#include <strings.h>
+
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,11 +13,15 @@ struct RecordedRequest {
   std::string method;
   std::string target;
   std::vector<std::pair<std::string, std::string>> headers;  // in order, as received
-  std::string body;                                          // decoded when chunked
-  int connection = 0;  // 1-based index of the TCP connection it arrived on
+  std::string body;
 
   // First value of the named header, matched case-insensitively; "" when absent.
-  std::string header(std::string_view name) const;
+  std::string header(const std::string& name) const {
+    for (const auto& [key, value] : headers) {
+      if (strcasecmp(key.c_str(), name.c_str()) == 0) return value;
+    }
+    return {};
+  }
 };
 
 }  // namespace brenmoor::testing

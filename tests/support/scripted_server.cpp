@@ -1,23 +1,117 @@
 #include "scripted_server.h"
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
-#include "request_reader.h"
-#include "response_writer.h"
-
 namespace brenmoor::testing {
+namespace {
+
+int bindLoopback(uint16_t port) {
+  const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int reuse = 1;
+  ::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  if (fd < 0 || ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    const int error = errno;
+    if (fd >= 0) ::close(fd);
+    throw std::system_error(error, std::generic_category(), "bind 127.0.0.1");
+  }
+  return fd;
+}
+
+uint16_t localPort(int fd) {
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
+  return ntohs(address.sin_port);
+}
+
+bool fill(int fd, std::string& buffer) {
+  char chunk[64 * 1024];
+  ssize_t received;
+  while ((received = ::recv(fd, chunk, sizeof chunk, 0)) < 0 && errno == EINTR) {
+  }
+  if (received <= 0) return false;
+  buffer.append(chunk, static_cast<size_t>(received));
+  return true;
+}
+
+bool sendAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t sent = ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (sent < 0 && errno == EINTR) continue;
+    if (sent <= 0) return false;
+    bytes.remove_prefix(static_cast<size_t>(sent));
+  }
+  return true;
+}
+
+// The next request on the connection; false once the peer has gone. The library frames its
+// bodies by Content-Length and sends no "Expect", so nothing else is needed.
+bool readRequest(int fd, std::string& buffer, RecordedRequest& request, bool& keepAlive) {
+  size_t headEnd;
+  while ((headEnd = buffer.find("\r\n\r\n")) == std::string::npos) {
+    if (!fill(fd, buffer)) return false;
+  }
+  std::istringstream head(buffer.substr(0, headEnd));
+  std::string line, version;
+  std::getline(head, line);
+  std::istringstream(line) >> request.method >> request.target >> version;
+  while (std::getline(head, line)) {
+    if (line.ends_with('\r')) line.pop_back();
+    const auto colon = line.find(':');
+    const auto value = line.find_first_not_of(' ', colon + 1);
+    request.headers.emplace_back(line.substr(0, colon),
+                                 value == std::string::npos ? "" : line.substr(value));
+  }
+  buffer.erase(0, headEnd + 4);
+  const std::string length = request.header("Content-Length");
+  const size_t size = length.empty() ? 0 : std::stoul(length);
+  while (buffer.size() < size) {
+    if (!fill(fd, buffer)) return false;
+  }
+  request.body = buffer.substr(0, size);
+  buffer.erase(0, size);
+  keepAlive =
+      version == "HTTP/1.1" && request.header("Connection").find("close") == std::string::npos;
+  return true;
+}
+
+// Whether the connection may carry another request.
+bool sendReply(int fd, const Reply& reply, bool keepAlive) {
+  if (reply.kind == Reply::Kind::Drop) return false;
+  const std::string head = "HTTP/1.1 " + std::to_string(reply.status) +
+                           (reply.status == 200 ? " OK" : " Scripted") +
+                           "\r\nContent-Type: " + reply.contentType +
+                           "\r\nContent-Length: " + std::to_string(reply.body.size()) +
+                           (keepAlive ? "" : "\r\nConnection: close") + "\r\n\r\n";
+  if (reply.kind == Reply::Kind::Truncate) {
+    sendAll(fd, head + reply.body.substr(0, reply.body.size() / 2));
+    return false;
+  }
+  return sendAll(fd, head + reply.body) && keepAlive;
+}
+
+}  // namespace
 
 ScriptedServer::ScriptedServer(uint16_t port)
     : listener_(bindLoopback(port)),
-      port_(localPort(listener_.get())),
+      port_(localPort(listener_)),
       default_(Reply::text(500, "no scripted reply")) {
-  if (::listen(listener_.get(), SOMAXCONN) != 0) {
-    throw std::system_error(errno, std::generic_category(), "listen");
+  if (::listen(listener_, SOMAXCONN) != 0) {
+    const int error = errno;
+    ::close(listener_);
+    throw std::system_error(error, std::generic_category(), "listen");
   }
   acceptThread_ = std::thread(&ScriptedServer::acceptConnections, this);
 }
@@ -30,10 +124,11 @@ ScriptedServer::~ScriptedServer() {
   }
   stopSignal_.notify_all();
   // Wakes the blocked accept() on Linux.
-  ::shutdown(listener_.get(), SHUT_RDWR);
+  ::shutdown(listener_, SHUT_RDWR);
   acceptThread_.join();
   // Only the accept thread adds connection threads, so the list is final now.
   for (auto& thread : connectionThreads_) thread.join();
+  ::close(listener_);
 }
 
 std::string ScriptedServer::baseUrl() const {
@@ -67,7 +162,7 @@ int ScriptedServer::connectionCount() const {
 
 void ScriptedServer::acceptConnections() {
   for (;;) {
-    const int fd = ::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC);
+    const int fd = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
     std::lock_guard lock(mutex_);
     if (stopping_) {
       if (fd >= 0) ::close(fd);
@@ -77,24 +172,25 @@ void ScriptedServer::acceptConnections() {
       if (errno == EINTR || errno == ECONNABORTED) continue;
       return;
     }
+    ++connectionCount_;
     openConnections_.insert(fd);
-    connectionThreads_.emplace_back(&ScriptedServer::serve, this, fd, ++connectionCount_);
+    connectionThreads_.emplace_back(&ScriptedServer::serve, this, fd);
   }
 }
 
-void ScriptedServer::serve(int fd, int connection) {
-  RequestReader reader(fd);
+void ScriptedServer::serve(int fd) {
+  std::string buffer;
   for (bool open = true; open;) {
-    ReadResult read = reader.next();
-    if (read.outcome == ReadResult::Outcome::Closed) break;
-    if (read.outcome == ReadResult::Outcome::Rejected) {
-      sendReply(fd, Reply::text(read.rejection, reasonPhrase(read.rejection)), false);
-      finishWriting(fd);
-      break;
+    RecordedRequest request;
+    bool keepAlive = false;
+    if (!readRequest(fd, buffer, request, keepAlive)) break;
+    const Reply reply = record(std::move(request));
+    {
+      std::unique_lock lock(mutex_);
+      stopSignal_.wait_for(lock, reply.delay, [this] { return stopping_; });
+      if (stopping_) break;
     }
-    read.request.connection = connection;
-    const Reply reply = record(std::move(read.request));
-    open = waitBeforeReplying(reply.delay) && sendReply(fd, reply, read.keepAlive);
+    open = sendReply(fd, reply, keepAlive);
   }
   {
     // Deregistered under the lock so the destructor never shuts down a reused descriptor.
@@ -113,14 +209,11 @@ Reply ScriptedServer::record(RecordedRequest request) {
   return next;
 }
 
-bool ScriptedServer::waitBeforeReplying(std::chrono::milliseconds delay) {
-  std::unique_lock lock(mutex_);
-  if (delay.count() > 0) stopSignal_.wait_for(lock, delay, [this] { return stopping_; });
-  return !stopping_;
-}
-
 uint16_t closedPort() {
-  return localPort(bindLoopback().get());
+  const int fd = bindLoopback(0);
+  const uint16_t port = localPort(fd);
+  ::close(fd);
+  return port;
 }
 
 }  // namespace brenmoor::testing

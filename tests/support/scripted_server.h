@@ -12,7 +12,6 @@
 
 #include "recorded_request.h"
 #include "reply.h"
-#include "socket_io.h"
 
 namespace brenmoor::testing {
 
@@ -26,7 +25,6 @@ class ScriptedServer {
   ScriptedServer(const ScriptedServer&) = delete;
   ScriptedServer& operator=(const ScriptedServer&) = delete;
 
-  uint16_t port() const { return port_; }
   std::string baseUrl() const;  // "http://127.0.0.1:PORT"
 
   // Replies are used in order, one per request.
@@ -40,12 +38,10 @@ class ScriptedServer {
 
  private:
   void acceptConnections();
-  void serve(int fd, int connection);
+  void serve(int fd);
   Reply record(RecordedRequest request);
-  // Waits out a reply's delay; false when the server is stopping instead.
-  bool waitBeforeReplying(std::chrono::milliseconds delay);
 
-  UniqueFd listener_;
+  int listener_ = -1;
   uint16_t port_ = 0;
 
   mutable std::mutex mutex_;
