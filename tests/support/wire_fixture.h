@@ -20,13 +20,9 @@ struct TzGuard {
   TzGuard() {
     if (const char* tz = std::getenv("TZ")) saved = tz;
   }
-  void restore() const {
-    if (saved) {
-      setenv("TZ", saved->c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-  }
+  ~TzGuard() { saved ? setenv("TZ", saved->c_str(), 1) : unsetenv("TZ"); }
+  TzGuard(const TzGuard&) = delete;
+  TzGuard& operator=(const TzGuard&) = delete;
   std::optional<std::string> saved;
 };
 
@@ -38,7 +34,6 @@ class WireTest : public ::testing::Test {
     service.ShowAlerts(false);
     service.SetServiceBaseUrl(server.baseUrl());
   }
-  void TearDown() override { savedTz.restore(); }
 
   // Scripts the next answer: <opResponse> holding `returnXml` and then `entries`.
   void answer(const std::string& op, const std::string& returnXml,
@@ -52,14 +47,6 @@ class WireTest : public ::testing::Test {
     server.enqueue(Reply::xml(scalarAnswer(op, value, type)));
   }
   std::string lastBody() const { return server.lastRequest().body; }
-  // The request's elements: the text between the operation's start and end tags.
-  std::string lastElements(const std::string& op) const {
-    std::string body = lastBody();
-    auto open = body.find("<a:" + op + ">");
-    if (open == std::string::npos) return "<no " + op + " request>";
-    open += op.size() + 4;
-    return body.substr(open, body.find("</a:" + op + ">") - open);
-  }
 
   TzGuard savedTz;
   ScriptedServer server;
