@@ -197,16 +197,6 @@ TEST(AnswerRobustness, StaysBoundedOnDeepHugeAndEntityLadenDocuments) {
   EXPECT_EQ(outcomeOf(soapEnvelope("<r" + plain + ">" + repeat("<c/>", kFlood) + "</r>")),
             Outcome::Parsed);
   EXPECT_EQ(outcomeOf(soapEnvelope("<r" + nils + "/>")), Outcome::Parsed);
-  std::string hrefs;
-  std::string targets;
-  for (int i = 0; i < kFlood / 5; ++i) {
-    hrefs += "<x href=\"#m" + std::to_string(i) + "\"/>";
-    targets += "<m id=\"m" + std::to_string(i) + "\">v</m>";
-  }
-  EXPECT_EQ(outcomeOf(soapEnvelope("<r>" + hrefs + "</r><w soapenc:root=\"0\">" +
-                                   repeat("<d>", kFlood / 5) + targets +
-                                   repeat("</d>", kFlood / 5) + "</w>")),
-            Outcome::Parsed);
 
   // A SOAP message has no document type, so no entities to expand or to fetch.
   std::string entities = "<!DOCTYPE soapenv:Envelope [<!ENTITY lol0 \"lol\">";
@@ -303,19 +293,14 @@ TEST(AnswerRobustness, DecodesUtf16AndSurvivesNulAndInvalidUtf8) {
     const std::string bom = bigEndian ? "\xfe\xff" : "\xff\xfe";
     const std::string encoded = utf16(answer, bigEndian);
     const std::string named = bigEndian ? "UTF-16BE" : "UTF-16LE";
-    const struct {
-      std::string body, charset;
-    } cases[] = {{bom + encoded, ""}, {bom + encoded, "utf-16"}, {encoded, ""}, {encoded, named}};
-    for (const auto& [body, charset] : cases) {
-      EXPECT_EQ(Answer::parse(body, charset, kSource).returnNode().text(), text)
-          << named << " charset '" << charset << "' bom " << (body.size() > encoded.size());
-    }
+    EXPECT_EQ(Answer::parse(bom + encoded, "", kSource).returnNode().text(), text) << named;
+    EXPECT_EQ(Answer::parse(encoded, named, kSource).returnNode().text(), text) << named;
     EXPECT_EQ(outcomeOf(encoded.substr(0, encoded.size() - 1)), Outcome::Refused);
   }
 
   // Bytes that are not UTF-8 make the text unreadable: refused, by a clear text.
-  for (const char* stray : {"\x80", "\xc3", "\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80",
-                            "\xfe\xff"}) {
+  for (const char* stray :
+       {"\x80", "\xc3", "\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xfe\xff"}) {
     const std::string bytes = stray;
     EXPECT_NE(refusal(soapEnvelope("<r><v>" + bytes + "</v></r>")).find("not well-formed"),
               std::string::npos);

@@ -36,7 +36,7 @@ int errorNumber(const std::function<void()>& f) {
   return 0;
 }
 
-TEST(DataRecordForm, WritesTheRecordFormExactly) {
+TEST(DataRecordForm, WritesTheFormExactlyAndReadsItBack) {
   auto logo = entry("Logo", {"E1", "E2"});
   logo->typeName = "image";
   logo->ext = "gif,jpg";
@@ -61,33 +61,17 @@ TEST(DataRecordForm, WritesTheRecordFormExactly) {
 
   auto plain = entry("Title", {"E3"});
   EXPECT_NE(record({plain}).getXML().find("<VALUE><![CDATA[]]></VALUE>"), std::string::npos);
-}
 
-TEST(DataRecordForm, ReadsBackWhatItWrites) {
-  auto a = entry("Title", {"E1", "", "E3"});
-  a->description = "Main title";
-  a->typeName = "text";
-  a->format = "plain";
-  a->hidden = true;
-  a->value()->value = "Hello <world>";
-  a->value()->assetGuid = "A1";
-  a->value()->assetDependencies = "x;y";
-  DataRecord r = record({a, entry("Body", {"E4"})}, {"T1", "T2"});
-  r.guid = "G";
-  r.name = "N";
-
+  // Read back, the form gives the same form; the assets stay the reader's own.
+  logo->hidden = true;
+  DataRecord sent = record({logo, entry("Body", {"E4", "", "E6"})}, {"T1", "T2"});
   DataRecord back;
   back.assets = {"kept"};
-  back.readXML(r.getXML());
-  EXPECT_EQ(back.getXML(), r.getXML());
+  back.readXML(sent.getXML());
+  EXPECT_EQ(back.getXML(), sent.getXML());
   EXPECT_EQ(back.assets(), std::vector<std::string>{"kept"});
-  auto title = back.GetEntry("Title");
-  ASSERT_TRUE(title);
-  EXPECT_EQ(title->guidList()->Count(), 3);
-  EXPECT_EQ(title->guidList()->Item(2), "");
-  EXPECT_TRUE(title->hidden());
-  EXPECT_FALSE(title->label.occurs());  // the form says nothing of what the service sent
-  EXPECT_EQ(back.GetEntry("Body")->guidList()->Count(), 1);
+  EXPECT_EQ(back.GetEntry("Body")->guidList()->Item(2), "");
+  EXPECT_FALSE(back.GetEntry("Logo")->label.occurs());  // the form says nothing of the service's
 
   DataRecord empty;
   empty.readXML("<DATARECORD/>");

@@ -123,19 +123,11 @@ TEST_F(DataRecordTest, GetDataRecordAnswersTheNewestRecordHoldingEveryTemplate) 
   EXPECT_EQ(guid_of({slides_, title_}), both);
   EXPECT_EQ(detail_id(record_for({slides_, "tpl-qa-panel"})), "2");
 
+  // Assets are listed once each, however many entries use them.
   const Answer answer = record_for({slides_});
   const pugi::xml_node record = answer.referenced(answer.return_element());
-  EXPECT_STREQ(record.attribute("xsi:type").value(), "ns2:DataRecord");
-  EXPECT_STREQ(record.child("name").text().get(), "Project");
-  EXPECT_STREQ(record.child("entries").attribute("soapenc:arrayType").value(),
-               "ns2:DataRecordEntry[3]");
   EXPECT_EQ(item_texts(record.child("assets")),
             (std::vector<std::string>{"asset-logo.png", "asset-t.png"}));
-  const pugi::xml_node first = answer.referenced(record.child("entries").first_child());
-  EXPECT_STREQ(first.child("guidList").attribute("soapenc:arrayType").value(), "xsd:string[1]");
-  EXPECT_EQ(item_texts(first.child("guidList")), std::vector<std::string>{"e1"});
-  EXPECT_STREQ(answer.referenced(first.child("value")).attribute("xsi:type").value(),
-               "ns2:DataRecordEntryValue");
 
   sign_in(1002);
   EXPECT_EQ(fault_code(record_for({slides_})), "tv:NoSuchDataRecord");
@@ -196,12 +188,7 @@ TEST_F(DataRecordTest, ThemeRecordOffersEveryManageablePropertyOfItsTemplates) {
                                               "Main video.source", "Questions.moderated"}));
   ASSERT_TRUE(logo);
   EXPECT_STREQ(logo.child("src").text().get(), "logo.png");
-  EXPECT_STREQ(logo.child("buttonText").text().get(), "Choose...");
-  EXPECT_STREQ(logo.child("ext").text().get(), "png");
   EXPECT_STREQ(logo.child("width").attribute("xsi:type").value(), "xsd:short");
-  EXPECT_STREQ(logo.child("width").text().get(), "800");
-  EXPECT_STREQ(answer.referenced(logo.child("value")).child("assetGuid").text().get(),
-               "asset-logo");
   EXPECT_EQ(item_texts(record.child("assets")),
             (std::vector<std::string>{"asset-logo", "asset-intro"}));
 

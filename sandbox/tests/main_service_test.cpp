@@ -1,5 +1,3 @@
-#include <regex>
-
 #include "sandbox_fixture.h"
 #include "store/database.h"
 
@@ -7,24 +5,6 @@ namespace sandbox::testing {
 namespace {
 
 using MainServiceTest = SandboxTest;
-
-TEST_F(MainServiceTest, AnswersVersionGuidAndOwnUrlWithoutAKey) {
-  const Answer version = call("Telvane", kMainNs, "getVersion");
-  EXPECT_EQ(version.status, 200);
-  EXPECT_EQ(version.value(), "9.8.7.6");
-  EXPECT_STREQ(version.return_element().name(), "getVersionReturn");
-  EXPECT_STREQ(version.return_element().attribute("xsi:type").value(), "xsd:string");
-  const pugi::xml_node wrapper = version.return_element().parent();
-  EXPECT_STREQ(wrapper.name(), "ns1:getVersionResponse");
-  EXPECT_STREQ(wrapper.attribute("xmlns:ns1").value(), "urn:telvane-main");
-
-  const std::regex guid_form("[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}");
-  const std::string guid = call("Telvane", kMainNs, "getGuid").value();
-  EXPECT_TRUE(std::regex_match(guid, guid_form)) << guid;
-  EXPECT_NE(call("Telvane", kMainNs, "getGuid").value(), guid);
-
-  EXPECT_EQ(call("Telvane", kMainNs, "getFixedUrl").value(), server_->base_url());
-}
 
 TEST_F(MainServiceTest, StoresDebugInfoOnlyWithAValidKey) {
   const Answer refused =

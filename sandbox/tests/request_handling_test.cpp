@@ -1,35 +1,9 @@
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include "sandbox_fixture.h"
 
 namespace sandbox::testing {
 namespace {
 
-class RequestHandlingTest : public SandboxTest {
- protected:
-  // Sends bytes as they stand, for requests httplib's client would not write; answers
-  // whatever came back before the server closed (or a receive timed out).
-  std::string raw_exchange(std::string_view request) const {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(
-        std::stoi(server_->base_url().substr(server_->base_url().rfind(':') + 1))));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const timeval limit{10, 0};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    std::string answer;
-    if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-        send(fd, request.data(), request.size(), 0) == static_cast<ssize_t>(request.size())) {
-      char buffer[4096];
-      for (ssize_t n; (n = recv(fd, buffer, sizeof buffer, 0)) > 0;) answer.append(buffer, n);
-    }
-    close(fd);
-    return answer;
-  }
-};
+using RequestHandlingTest = SandboxTest;
 
 TEST_F(RequestHandlingTest, MalformedRequestsGetServerFaultsWithClearTexts) {
   const auto fault_of = [&](std::string_view path, std::string_view body) {
@@ -78,10 +52,6 @@ TEST_F(RequestHandlingTest, MalformedRequestsGetServerFaultsWithClearTexts) {
             "java.lang.Exception: Missing argument 'major' of operation 'isCompatible'");
   EXPECT_TRUE(contains(compatibility_fault(code + arg("major", "string", "4") + rest),
                        "has type 'XS:string', expected xsd:int"));
-  EXPECT_TRUE(contains(compatibility_fault(code + arg("major", "int", "four") + rest),
-                       "is not a valid xsd:int: 'four'"));
-  EXPECT_TRUE(contains(compatibility_fault(code + arg("major", "int", "4294967296") + rest),
-                       "out of range"));
   EXPECT_TRUE(contains(compatibility_fault(code + "<major XI:nil=\"true\"/>" + rest), "is nil"));
   EXPECT_TRUE(contains(compatibility_fault(code + "<major XI:type=\"Q:int\">4</major>" + rest),
                        "undeclared prefix"));
@@ -112,11 +82,6 @@ TEST_F(RequestHandlingTest, HttpLevelRefusals) {
   ASSERT_TRUE(get);
   EXPECT_EQ(get->status, 405);
   EXPECT_EQ(get->get_header_value("Allow"), "POST");
-
-  // No Content-Length at all is an empty body, not a wait for more.
-  EXPECT_TRUE(raw_exchange("POST /services/Login HTTP/1.1\r\nHost: 127.0.0.1\r\n"
-                           "Connection: close\r\n\r\n")
-                  .starts_with("HTTP/1.1 500"));
 
   const std::string huge(16 * 1024 * 1024 + 1, ' ');
   EXPECT_EQ(post("/services/Login", huge).status, 413);

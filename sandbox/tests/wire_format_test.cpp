@@ -2,7 +2,6 @@
 
 #include <pugixml.hpp>
 
-#include "crypto/digest.h"
 #include "soap/arguments.h"
 #include "soap/faults.h"
 #include "soap/reply.h"
@@ -106,10 +105,7 @@ TEST(WireFormat, WritesScalarsArraysAndFaults) {
       << fault;
 }
 
-TEST(WireFormat, DatesAndDigests) {
-  EXPECT_EQ(md5_hex(""), "d41d8cd98f00b204e9800998ecf8427e");
-  EXPECT_EQ(md5_hex("demo"), "fe01ce2a7fbac8fafaed7c982a04e229");
-
+TEST(WireFormat, ReadsAndWritesDates) {
   const auto time = parse_date_time("1999-12-31T23:59:59Z");
   ASSERT_TRUE(time);
   EXPECT_EQ(format_date_time(*time), "1999-12-31T23:59:59.000Z");
