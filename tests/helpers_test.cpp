@@ -6,41 +6,11 @@
 #include "brenmoor/deployment.h"
 #include "brenmoor/zyl_service.h"
 #include "util/convert.h"
-#include "util/text.h"
 #include "util/time_zone.h"
-#include "util/xml.h"
 #include "wire_fixture.h"
 
 namespace brenmoor {
 namespace {
-
-TEST(Text, EscapesAndCleans) {
-  EXPECT_EQ(util::escapeXml("a<b & 'c'"), "a&lt;b &amp; &apos;c&apos;");
-  EXPECT_EQ(util::escapeXml("&lt;\">"), "&amp;lt;&quot;&gt;");
-  EXPECT_EQ(util::cleanName("my file (B).mov", true), "my_file_Bmov");
-  EXPECT_EQ(util::cleanName("my file (B).mov", false), "my file Bmov");
-  EXPECT_EQ(util::cleanName("~`!@#$%^&*()+={}[]|\\:;\"'<>,?/.keep-_9", false), "keep-_9");
-  std::string text("a\r\nb\tc\fd\ve", 10);
-  text += '\0';
-  text += 'f';
-  EXPECT_EQ(util::stripControlChars(text), "ab\tcdef");
-}
-
-TEST(Xml, ReadsWithDefaults) {
-  EXPECT_EQ(util::selectText("<a><b x='1'>one<c>two</c></b></a>", "/a/b"), "onetwo");
-  EXPECT_EQ(util::selectText("<a><b x='1'/></a>", "/a/b/@x"), "1");
-  EXPECT_EQ(util::selectText("<a><b>", "/a/b"), "");
-  EXPECT_EQ(util::selectText("", "/a"), "");
-  EXPECT_EQ(util::selectText("<a/>", "/a/missing"), "");
-  EXPECT_THROW(util::selectText("<a/>", "/a/["), Error);
-
-  pugi::xml_document doc;
-  doc.load_string("<a x='v'/>");
-  EXPECT_EQ(util::attributeOrDefault(doc.child("a"), "x", "d"), "v");
-  EXPECT_EQ(util::attributeOrDefault(doc.child("a"), "y", "d"), "d");
-  EXPECT_EQ(util::attributeOrDefault(doc.child("none"), "x", "d"), "d");
-  EXPECT_EQ(util::nodeTextOrDefault(doc.child("none"), "d"), "d");
-}
 
 TEST(Convert, ParsesOrRefuses) {
   EXPECT_TRUE(util::toBool(" true "));

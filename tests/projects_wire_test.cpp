@@ -41,12 +41,6 @@ TEST_F(ProjectsWire, ReadsListsOfAnyItemNameAndTakesAnyAnswerAsDone) {
   ASSERT_TRUE(typed);
   ASSERT_EQ(typed->Count(), 2);
   EXPECT_EQ(typed->Item(2)->name(), "B");
-  answer("getDeploymentEnvironmentList_Array",
-         "<r><item><id>2</id><name>Production</name><mustUsePath>true</mustUsePath></item></r>");
-  auto environments = service.getDeploymentEnvironmentList();
-  ASSERT_TRUE(environments);
-  EXPECT_EQ(environments->Item(1)->id, 2);
-  EXPECT_TRUE(environments->Item(1)->mustUsePath);
   server.enqueue(Reply::xml(testing::applicationFault("tv:X", "no", "")));
   EXPECT_EQ(service.getProjectList(), nullptr);
 
