@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <regex>
+#include <tuple>
 
 #include "brenmoor/brenmoor.h"
 #include "util/time_zone.h"
@@ -22,9 +23,24 @@ std::string created(const std::string& when) {
   return "<item><created xsi:type=\"xsd:dateTime\">" + when + "</created></item>";
 }
 
-class ProjectsWire : public testing::WireTest {};
+const std::string kAllButDeployed =
+    "<height xsi:type=\"xsd:int\">480</height><width xsi:type=\"xsd:int\">640</width>"
+    "<liveEnabled xsi:type=\"xsd:boolean\">true</liveEnabled><loginFlag>N</loginFlag>"
+    "<loginUrl>http://login</loginUrl><name>Launch</name><versionGuid>v-1</versionGuid>"
+    "<deploymentGuid>d-1</deploymentGuid><link>http://link</link>"
+    "<duration xsi:type=\"xsd:int\">90</duration><size xsi:type=\"xsd:int\">1024</size>";
 
-TEST_F(ProjectsWire, RefusesADuplicateNameWithItsOwnAlert) {
+class ProjectsWire : public testing::WireTest {
+ protected:
+  void answerDeployment(const std::string& fields) {
+    answer("getDeploymentInfo", "<r href=\"#id0\"/>",
+           "<multiRef id=\"id0\" soapenc:root=\"0\" xsi:type=\"ns2:DeploymentInfo\" "
+           "xmlns:ns2=\"urn:telvane-main\">" +
+               fields + "</multiRef>");
+  }
+};
+
+TEST_F(ProjectsWire, ShowsItsOwnAlertForADuplicateName) {
   server.enqueue(Reply::xml(testing::applicationFault("tv:DuplicateName", "taken", "1")));
   EXPECT_EQ(service.createProject("Demo", ""), "");
   ASSERT_EQ(host->boxes.size(), 1u);
@@ -33,6 +49,14 @@ TEST_F(ProjectsWire, RefusesADuplicateNameWithItsOwnAlert) {
   server.enqueue(Reply::xml(testing::applicationFault("tv:Other", "no", "2")));
   EXPECT_EQ(service.createProject("Demo", ""), "");
   EXPECT_EQ(host->boxes[1].text, "Fault:Other urn:telvane-faults no 2 ");
+
+  // A deployment answers a fault with an empty record, and the alert names its template.
+  server.enqueue(Reply::xml(testing::applicationFault("tv:DuplicateName", "taken", "1")));
+  auto info = service.getDeploymentInfo("T9");
+  ASSERT_TRUE(info);
+  EXPECT_FALSE(info->deployed());
+  EXPECT_EQ(host->boxes.at(2).text,
+            "A project named T9 already exists. Please select another name for the project");
 }
 
 TEST_F(ProjectsWire, ReadsListsOfAnyItemNameAndTakesAnyAnswerAsDone) {
@@ -142,6 +166,52 @@ TEST_F(ProjectsWire, SendsNothingForAProcessHandleWithoutItsCode) {
   EXPECT_TRUE(server.requests().empty());
   EXPECT_EQ(service.lastErrID(), 7);
   EXPECT_TRUE(host->boxes.empty());
+}
+
+TEST_F(ProjectsWire, ReadsADeploymentOnlyWhenDeployedAndSkipsANilDate) {
+  setenv("TZ", "UTC", 1);
+  answerDeployment(
+      "<deployed xsi:type=\"xsd:boolean\">true</deployed>"
+      "<deploymentDate xsi:type=\"xsd:dateTime\">2024-05-06T07:08:09.000Z</deploymentDate>" +
+      kAllButDeployed);
+  auto info = service.getDeploymentInfo("T1");
+  ASSERT_TRUE(info);
+  EXPECT_TRUE(info->deployed());
+  EXPECT_EQ(info->deploymentDate(), Date::fromParts(2024, 5, 6, 7, 8, 9));
+  EXPECT_EQ(std::tuple(info->height(), info->width(), info->liveEnabled(), info->loginFlag(),
+                       info->loginUrl(), info->name(), info->versionGuid(), info->deploymentGuid(),
+                       info->link(), info->duration(), info->size()),
+            std::tuple(480, 640, true, "N", "http://login", "Launch", "v-1", "d-1", "http://link",
+                       90, 1024));
+
+  answerDeployment("<deployed>false</deployed>" + kAllButDeployed);
+  info = service.getDeploymentInfo("T1");
+  ASSERT_TRUE(info);
+  EXPECT_FALSE(info->deployed());
+  EXPECT_EQ(info->height(), 0);
+  EXPECT_FALSE(info->name.occurs() || info->link.occurs() || info->deploymentDate.occurs());
+
+  answerDeployment("<deployed>true</deployed><deploymentDate xsi:nil=\"true\"/>" + kAllButDeployed);
+  info = service.getDeploymentInfo("T1");
+  ASSERT_TRUE(info);
+  EXPECT_FALSE(info->deploymentDate.occurs());
+  EXPECT_TRUE(info->name.occurs());
+}
+
+TEST_F(ProjectsWire, FailsADeploymentMissingOrMisreadingAChild) {
+  std::string withoutHeight = kAllButDeployed;
+  withoutHeight.erase(0, withoutHeight.find("<width"));
+  answerDeployment("<deployed>true</deployed><deploymentDate xsi:nil=\"1\"/>" + withoutHeight);
+  EXPECT_EQ(service.getDeploymentInfo("T1"), nullptr);
+  EXPECT_EQ(service.lastErrID(), -1);
+  EXPECT_NE(service.lastErrMsg().find("<height>"), std::string::npos);
+
+  std::string badSize = kAllButDeployed;
+  badSize.replace(badSize.find(">1024<"), 6, ">big<");
+  answerDeployment(
+      "<deployed>true</deployed><deploymentDate>2024-05-06T07:08:09Z</deploymentDate>" + badSize);
+  EXPECT_EQ(service.getDeploymentInfo("T1"), nullptr);
+  EXPECT_NE(service.lastErrMsg().find("Type mismatch"), std::string::npos);
 }
 
 }  // namespace

@@ -166,33 +166,5 @@ TEST_F(DataRecordTest, DeployPublishesEveryTemplateOrNone) {
             std::string(fields.child("versionGuid").text().get()));
 }
 
-TEST_F(DataRecordTest, ThemeRecordOffersEveryManageablePropertyOfItsTemplates) {
-  const Answer answer =
-      main("getThemeDataRecord", key() + arg("themeGuid", "string", "theme-corporate"));
-  const pugi::xml_node record = answer.referenced(answer.return_element());
-  EXPECT_STREQ(record.child("guid").text().get(), "");
-  EXPECT_STREQ(record.child("name").text().get(), "Corporate Event");
-  EXPECT_EQ(item_texts(record.child("templateGuidList")),
-            (std::vector<std::string>{"tpl-title-page", "tpl-video-player", "tpl-qa-panel"}));
-
-  std::vector<std::string> labels;
-  pugi::xml_node logo;
-  for (pugi::xml_node item : record.child("entries").children()) {
-    const pugi::xml_node entry = answer.referenced(item);
-    labels.emplace_back(entry.child("label").text().get());
-    if (labels.back() == "Logo.src") logo = entry;
-  }
-  EXPECT_EQ(labels, (std::vector<std::string>{"Heading.text", "Logo.src", "Logo.alt",
-                                              "Main video.source", "Questions.moderated"}));
-  ASSERT_TRUE(logo);
-  EXPECT_STREQ(logo.child("src").text().get(), "logo.png");
-  EXPECT_STREQ(logo.child("width").attribute("xsi:type").value(), "xsd:short");
-  EXPECT_EQ(item_texts(record.child("assets")),
-            (std::vector<std::string>{"asset-logo", "asset-intro"}));
-
-  EXPECT_EQ(fault_code(main("getThemeDataRecord", key() + arg("themeGuid", "string", "nope"))),
-            "tv:NoSuchTheme");
-}
-
 }  // namespace
 }  // namespace sandbox::testing
