@@ -1,5 +1,7 @@
 #pragma once
 
+#include <strings.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -8,12 +10,70 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
-#include "recorded_request.h"
-#include "reply.h"
-
 namespace brenmoor::testing {
+
+// One HTTP request exactly as the server received it.
+struct RecordedRequest {
+  std::string method;
+  std::string target;
+  std::vector<std::pair<std::string, std::string>> headers;  // in order, as received
+  std::string body;
+
+  // First value of the named header, matched case-insensitively; "" when absent.
+  std::string header(const std::string& name) const {
+    for (const auto& [key, value] : headers) {
+      if (strcasecmp(key.c_str(), name.c_str()) == 0) return value;
+    }
+    return {};
+  }
+};
+
+// What the server answers to one request, including ways of misbehaving.
+struct Reply {
+  enum class Kind {
+    Normal,    // a complete response
+    Drop,      // close the connection without answering
+    Truncate,  // headers with the full Content-Length, half the body, then close
+  };
+
+  int status = 200;
+  std::string contentType = "text/xml; charset=utf-8";
+  std::string body;
+  std::chrono::milliseconds delay{0};  // silence before anything is sent
+  Kind kind = Kind::Normal;
+
+  static Reply xml(std::string body) { return withStatus(200, std::move(body)); }
+  static Reply withStatus(int status, std::string body = {}) {
+    Reply reply;
+    reply.status = status;
+    reply.body = std::move(body);
+    return reply;
+  }
+  static Reply text(int status, std::string body) {
+    Reply reply = withStatus(status, std::move(body));
+    reply.contentType = "text/plain; charset=utf-8";
+    return reply;
+  }
+  static Reply drop() {
+    Reply reply;
+    reply.kind = Kind::Drop;
+    return reply;
+  }
+  // Says nothing for `duration`, then closes without answering: the server that never replies.
+  static Reply stall(std::chrono::milliseconds duration) {
+    Reply reply = drop();
+    reply.delay = duration;
+    return reply;
+  }
+  static Reply truncated(std::string body) {
+    Reply reply = xml(std::move(body));
+    reply.kind = Kind::Truncate;
+    return reply;
+  }
+};
 
 // An HTTP/1.1 server on 127.0.0.1 that records every request and answers each with the next
 // scripted Reply, misbehaviour included. Serves each connection on its own thread.
