@@ -134,7 +134,7 @@ TEST_F(DataRecordWire, SendsTheRecordStructure) {
   EXPECT_EQ(service.createDataRecord(r, "P1", true), "G1");
   // Only an entry's first guid goes, and the record is always named "Project".
   const std::string s = " XI:type=\"XS:string\">";
-  const std::string body = lastBody();
+  const std::string body = server.lastRequest().body;
   EXPECT_EQ(body.substr(body.find("<dr>"), body.find("</dr>") + 5 - body.find("<dr>")),
             "<dr><guid" + s + "G1</guid><name" + s +
                 "Project</name><assets XI:type=\"Enc:Array\" Enc:arrayType=\"XS:string[0]\">"

@@ -18,10 +18,8 @@ class RecordingHost : public Host {
   void messageBox(const std::string& text, const std::string& title) override {
     boxes.push_back({text, title});
   }
-  void yield() override { ++yields; }
 
   std::vector<Box> boxes;
-  int yields = 0;
 };
 
 }  // namespace brenmoor::testing

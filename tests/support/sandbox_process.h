@@ -12,7 +12,7 @@ namespace brenmoor::testing {
 // the object. Throws std::runtime_error when it does not come up within a few seconds.
 class SandboxProcess {
  public:
-  explicit SandboxProcess(std::vector<std::string> extraArgs = {});
+  SandboxProcess();
   ~SandboxProcess();
   SandboxProcess(const SandboxProcess&) = delete;
   SandboxProcess& operator=(const SandboxProcess&) = delete;

@@ -46,7 +46,6 @@ class WireTest : public ::testing::Test {
                     const std::string& type = "string") {
     server.enqueue(Reply::xml(scalarAnswer(op, value, type)));
   }
-  std::string lastBody() const { return server.lastRequest().body; }
 
   TzGuard savedTz;
   ScriptedServer server;
