@@ -246,6 +246,7 @@ class Operation {
     if constexpr (std::is_same_v<Result, bool>) {
       if (trueWhenAnswered_) return true;
     }
+    const util::PinnedOffset oneOffsetPerAnswer;
     return read_(Fields(answer.returnNode()));
   }
 

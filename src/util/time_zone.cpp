@@ -18,9 +18,23 @@ struct OffsetCache {
   int32_t offset = 0;
 };
 
+thread_local bool pinned = false;
+thread_local int32_t pinnedOffset = 0;
+
 }  // namespace
 
+PinnedOffset::PinnedOffset() : wasPinned_(pinned), previous_(pinnedOffset) {
+  pinnedOffset = localOffsetSeconds();
+  pinned = true;
+}
+
+PinnedOffset::~PinnedOffset() {
+  pinned = wasPinned_;
+  pinnedOffset = previous_;
+}
+
 int32_t localOffsetSeconds() {
+  if (pinned) return pinnedOffset;
   thread_local OffsetCache cache;
   const std::time_t now = std::time(nullptr);
   const char* tz = std::getenv("TZ");

@@ -12,6 +12,20 @@ namespace brenmoor::util {
 // (from the C library's time-zone data, so TZ is honoured).
 int32_t localOffsetSeconds();
 
+// While one lives on a thread, the offset is read once and kept there, so that an answer's
+// dates all take the offset of one moment and the zone rules are not read per date.
+class PinnedOffset {
+ public:
+  PinnedOffset();
+  ~PinnedOffset();
+  PinnedOffset(const PinnedOffset&) = delete;
+  PinnedOffset& operator=(const PinnedOffset&) = delete;
+
+ private:
+  bool wasPinned_;
+  int32_t previous_;
+};
+
 Date localToUtc(const Date& local);
 // The current time in UTC.
 Date localToUtc();
