@@ -30,6 +30,7 @@ struct Row {
   bool key = kKey;
 };
 
+// The operation's elements as the table writes them.
 std::string elementsOf(pugi::xml_node op, bool skipKey) {
   std::string out;
   for (pugi::xml_node e = op.first_child(); e; e = e.next_sibling()) {
