@@ -16,6 +16,7 @@
 #include "brenmoor/project.h"
 #include "brenmoor/zyl_service.h"
 #include "loopback_server.h"
+#include "projects/project_info.h"
 #include "service/fields.h"
 #include "soap/answer_parser.h"
 #include "soap/request.h"
@@ -107,32 +108,14 @@ const std::string& cachedProjectList(int items) {
   return found->second;
 }
 
-// The reading ZylService::getProjectList gives each item.
-void readProjectInfo(const Fields& answer, ProjectInfo& p) {
-  auto in = answer.reading(Fields::Missing::KeepsDefault, Fields::Dates::OnlyTyped);
-  in("created", p.created);
-  in("creator", p.creator);
-  in("deploymentDefID", p.deploymentDefID);
-  in("deploymentPath", p.deploymentPath);
-  in("description", p.description);
-  in("eventEnd", p.eventEnd);
-  in("eventStart", p.eventStart);
-  in("guid", p.guid);
-  in("linkedProjectGuid", p.linkedProjectGuid);
-  in("linkedProjectName", p.linkedProjectName);
-  in("modified", p.modified);
-  in("name", p.name);
-  in("notes", p.notes);
-  in("hasDeployedTemplate", p.hasDeployedTemplate);
-}
-
 // What the transport does with a body of known length, then what the operation does with it.
 auto parseAndMap(std::string_view body) {
   AnswerParser parser("utf-8", std::string(kSource), AnswerLimits{}, body.size());
   for (size_t at = 0; at < body.size(); at += kChunkBytes)
     parser.feed(body.substr(at, kChunkBytes));
   const Answer answer = parser.finish();
-  return brenmoor::service::readList<ProjectInfo>(Fields(answer.returnNode()), readProjectInfo);
+  return brenmoor::service::readList<ProjectInfo>(Fields(answer.returnNode()),
+                                                  brenmoor::projects::readProjectInfo);
 }
 
 // A field of /proc/self/status in KiB, or -1.

@@ -1,34 +1,17 @@
 // Project operations.
 
 #include "brenmoor/zyl_service.h"
+#include "projects/project_info.h"
 #include "service/call.h"
 
 namespace brenmoor {
 
 using namespace service;
+using projects::readProjectInfo;
 
 namespace {
 
 using ProjectList = std::shared_ptr<Collection<ProjectInfo>>;
-
-// A project answer may leave out any field; its dates count only when typed.
-void readProjectInfo(const Fields& answer, ProjectInfo& p) {
-  auto in = answer.reading(Fields::Missing::KeepsDefault, Fields::Dates::OnlyTyped);
-  in("created", p.created);
-  in("creator", p.creator);
-  in("deploymentDefID", p.deploymentDefID);
-  in("deploymentPath", p.deploymentPath);
-  in("description", p.description);
-  in("eventEnd", p.eventEnd);
-  in("eventStart", p.eventStart);
-  in("guid", p.guid);
-  in("linkedProjectGuid", p.linkedProjectGuid);
-  in("linkedProjectName", p.linkedProjectName);
-  in("modified", p.modified);
-  in("name", p.name);
-  in("notes", p.notes);
-  in("hasDeployedTemplate", p.hasDeployedTemplate);
-}
 
 constexpr auto kCreateProject = Operation<std::string>("createProject", Service::Main)
                                     .sends("name", "description")
