@@ -27,6 +27,7 @@
 #include "brenmoor/host.h"
 #include "brenmoor/project.h"
 #include "brenmoor/template.h"
+#include "brenmoor/trace.h"
 #include "brenmoor/user_account_info.h"
 
 namespace brenmoor {
@@ -63,6 +64,8 @@ class ZylService {
   const std::string& serverVersion() const;
   bool useProxy() const;
   bool showAlerts() const;
+  // The source system given to Connect(), sent by the operations that name their source.
+  const std::string& sourceSystem() const;
 
   // The largest answer body taken on, in bytes (1 GiB unless changed); the number of elements
   // an answer may hold grows with it. A larger answer fails with lastErrID() -1 and a text that
@@ -77,6 +80,9 @@ class ZylService {
   void SetServiceBaseUrl(const std::string& baseUrl);
   // Turns the failure message boxes on or off.
   void ShowAlerts(bool val);
+  // Hands every HTTP exchange of this object to `handler` (see trace.h); an empty handler
+  // stops it. While a handler is set, each answer is also kept whole until it is handed over.
+  void setTraceHandler(TraceHandler handler);
 
   // --- Server version and simple values ---------------------------------------------------
   // Sets the base URL and the proxy switch (true: through the proxy at localhost:8080), asks
@@ -87,6 +93,18 @@ class ZylService {
   std::string getGuid();
   // The server's fixed URL.
   std::string getFixedUrl();
+
+  // --- Connecting in one call -------------------------------------------------------------
+  // Sets the server and the source system, checks compatibility, signs in and selects an
+  // account (the one with `accountGuid`, or else the first of the user's accounts), showing
+  // the host's contacting form (Host::showContactForm) throughout. Alerts are off while it
+  // works and then back as they were; failures show in the form instead, whose OK button waits
+  // for the user when alerts were on. An empty `sourceSystem` gives a message box (whatever
+  // the alert switch says) and false, and changes nothing. An empty account list ends with
+  // false and "Could not log in to the selected account".
+  bool Connect(const std::string& baseUrl, const std::string& UserName, const std::string& Password,
+               const std::string& sourceSystem, const std::string& accountGuid = "",
+               bool m_useProxy = false, bool unencryptedPassword = false);
 
   // --- Signing in and accounts -----------------------------------------------------------
   // A new request key, "token:n:digest"; each read spends one value n of the key counter.

@@ -83,6 +83,7 @@ Outcome run(State& state, const Settings& settings,
     if (settings.timeoutMs != kDefaultTimeout) transport.setTimeout(settings.timeoutMs);
     transport.setSoapAction(service.namespaceUri);
     if (state.useProxy) transport.setProxy("localhost", 8080);
+    if (state.trace) transport.setTrace(&state.trace);
 
     const std::string url = settings.processHandle ? serviceUrlForCode(state.baseUrl, "M")
                                                    : state.endpoint(settings.service);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "brenmoor/host.h"
+#include "brenmoor/trace.h"
 #include "service/catalog.h"
 #include "soap/answer.h"
 #include "soap/transport.h"
@@ -33,6 +34,7 @@ struct State {
   CMD5 md5;
 
   std::shared_ptr<Host> host = std::make_shared<StderrHost>();
+  TraceHandler trace;
   soap::AnswerLimits answerLimits;
   soap::ConnectionPool connections;
 

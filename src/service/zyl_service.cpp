@@ -90,4 +90,8 @@ void ZylService::ShowAlerts(bool val) {
   state_->showAlerts = val;
 }
 
+void ZylService::setTraceHandler(TraceHandler handler) {
+  state_->trace = std::move(handler);
+}
+
 }  // namespace brenmoor

@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <cerrno>
+#include <chrono>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -34,8 +35,8 @@ std::string charsetOf(std::string_view contentType) {
   return std::string(value);
 }
 
-// One exchange: the answer is parsed chunk by chunk as libcurl hands it over.
-struct Exchange {
+// One transfer: the answer is parsed chunk by chunk as libcurl hands it over.
+struct Transfer {
   CURL* easy = nullptr;
   const std::string* url = nullptr;
   const AnswerLimits* limits = nullptr;
@@ -44,8 +45,9 @@ struct Exchange {
   long refusedStatus = 0;
   bool idleTooLong = false;
   int32_t timeoutMs = 0;
-  curl_off_t lastMoved = 0;    // bytes up plus down at the last movement
-  curl_off_t lastMovedAt = 0;  // libcurl's clock, microseconds into the transfer
+  curl_off_t lastMoved = 0;       // bytes up plus down at the last movement
+  curl_off_t lastMovedAt = 0;     // libcurl's clock, microseconds into the transfer
+  std::string* traced = nullptr;  // the answer's bytes, kept only while tracing
 
   AnswerParser& startParser() {
     const char* contentType = nullptr;
@@ -58,7 +60,7 @@ struct Exchange {
 };
 
 size_t onBody(char* data, size_t size, size_t count, void* user) {
-  auto& x = *static_cast<Exchange*>(user);
+  auto& x = *static_cast<Transfer*>(user);
   const size_t n = size * count;
   try {
     if (!x.parser) {
@@ -70,6 +72,7 @@ size_t onBody(char* data, size_t size, size_t count, void* user) {
       }
       x.startParser();
     }
+    if (x.traced) x.traced->append(data, n);
     x.parser->feed({data, n});
     return n;
   } catch (...) {
@@ -79,7 +82,7 @@ size_t onBody(char* data, size_t size, size_t count, void* user) {
 }
 
 int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
-  auto& x = *static_cast<Exchange*>(user);
+  auto& x = *static_cast<Transfer*>(user);
   // libcurl has just read its clock for this update: ask it rather than the system again.
   curl_off_t now = 0;
   curl_easy_getinfo(x.easy, CURLINFO_TOTAL_TIME_T, &now);
@@ -99,7 +102,7 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
   throw Failure(kUnexpectedStatus, "Unexpected HTTP Status code of " + std::to_string(status));
 }
 
-[[noreturn]] void throwFor(CURLcode rc, CURL* easy, const Exchange& x, const std::string& url,
+[[noreturn]] void throwFor(CURLcode rc, CURL* easy, const Transfer& x, const std::string& url,
                            const char* detail) {
   if (x.failure) std::rethrow_exception(x.failure);
   if (x.refusedStatus) throwUnexpectedStatus(x.refusedStatus);
@@ -130,6 +133,16 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
                     "The connection to " + url + " closed before a full answer: " + what);
     default: throw Failure(kGeneralFailure, "HTTP request to " + url + " failed: " + what);
   }
+}
+
+// What a finished transfer gives: the answer, or the failure it ended with.
+Answer finish(CURLcode rc, CURL* easy, Transfer& x, const std::string& url, const char* errors) {
+  if (rc != CURLE_OK) throwFor(rc, easy, x, url, errors);
+  long status = 0;
+  curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+  if (!acceptedStatus(status)) throwUnexpectedStatus(status);
+  if (!x.parser) x.startParser();
+  return x.parser->finish();
 }
 
 }  // namespace
@@ -201,7 +214,7 @@ void HttpTransport::setProxy(std::string_view server, int port) {
 Answer HttpTransport::send(const std::string& url, std::string_view requestText) {
   auto& h = *pool_.handles_;
   CURL* e = h.easy;
-  Exchange x;
+  Transfer x;
   x.easy = e;
   x.url = &url;
   x.limits = &limits_;
@@ -229,15 +242,30 @@ Answer HttpTransport::send(const std::string& url, std::string_view requestText)
   curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x);
   curl_easy_setopt(e, CURLOPT_WRITEDATA, &x);
   h.errors[0] = '\0';
+  if (!trace_) return finish(curl_easy_perform(e), e, x, url, h.errors);
 
+  std::string answerText;
+  x.traced = &answerText;
+  const auto started = std::chrono::steady_clock::now();
   const CURLcode rc = curl_easy_perform(e);
-  if (rc != CURLE_OK) throwFor(rc, e, x, url, h.errors);
-
-  long status = 0;
-  curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &status);
-  if (!acceptedStatus(status)) throwUnexpectedStatus(status);
-  if (!x.parser) x.startParser();
-  return x.parser->finish();
+  brenmoor::Exchange seen;
+  seen.method = "POST";
+  seen.url = url;
+  seen.soapAction = soapAction_;
+  curl_easy_getinfo(e, CURLINFO_RESPONSE_CODE, &seen.status);
+  seen.elapsed = std::chrono::duration_cast<std::chrono::microseconds>(
+      std::chrono::steady_clock::now() - started);
+  seen.request = requestText;
+  seen.answer = answerText;
+  try {
+    Answer answer = finish(rc, e, x, url, h.errors);
+    (*trace_)(seen);
+    return answer;
+  } catch (const std::exception& failure) {
+    seen.failure = failure.what();
+    (*trace_)(seen);
+    throw;
+  }
 }
 
 }  // namespace brenmoor::soap

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "brenmoor/trace.h"
 #include "soap/answer.h"
 
 namespace brenmoor::soap {
@@ -35,6 +36,8 @@ class HttpTransport {
   // The action URI; it goes on the wire in double quotes.
   void setSoapAction(std::string_view action) { soapAction_ = action; }
   void setProxy(std::string_view server, int port);
+  // Hands the exchange to `handler` once it is over; null (the default) traces nothing.
+  void setTrace(const TraceHandler* handler) { trace_ = handler; }
 
   // POSTs a SOAP request and parses the answer while it arrives. Answers with status 2xx and
   // 500 are parsed (a 500 carries a Fault); everything else throws Failure with the code for
@@ -47,6 +50,7 @@ class HttpTransport {
   int32_t timeoutMs_ = kDefaultTimeoutMs;
   std::string_view soapAction_;
   std::string proxy_;  // empty: no proxy at all
+  const TraceHandler* trace_ = nullptr;
 };
 
 }  // namespace brenmoor::soap
