@@ -2,7 +2,9 @@
 // leaves in lastErrID/lastErrMsg.
 
 #include <memory>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "brenmoor/brenmoor.h"
 #include "wire_fixture.h"
@@ -34,6 +36,38 @@ TEST_F(ServiceWire, PostsTheEnvelopeWithItsHeadersAndReusesTheConnection) {
   EXPECT_NE(r.header("Accept-Encoding").find("gzip"), std::string::npos);
   EXPECT_EQ(r.body.rfind("<S:Envelope\r\n\txmlns:S=", 0), 0u);
   EXPECT_EQ(server.connectionCount(), 1);
+}
+
+TEST_F(ServiceWire, HandsEachExchangeToTheTraceHandler) {
+  struct Seen {
+    std::string url, action, request, answer, failure;
+    long status;
+  };
+  std::vector<Seen> seen;
+  service.setTraceHandler([&](const Exchange& x) {
+    EXPECT_EQ(x.method, "POST");
+    seen.push_back({std::string(x.url), std::string(x.soapAction), std::string(x.request),
+                    std::string(x.answer), std::string(x.failure), x.status});
+  });
+  const std::string answer = testing::scalarAnswer("getGuid", "g-1");
+  server.enqueue(Reply::xml(answer));
+  server.enqueue(Reply::text(503, "down"));
+  EXPECT_EQ(service.getGuid(), "g-1");
+  EXPECT_EQ(service.getGuid(), "");
+  ASSERT_EQ(seen.size(), 2u);
+  EXPECT_EQ(seen[0].url, service.telvaneUrl());
+  EXPECT_EQ(seen[0].action, "urn:telvane-main");
+  EXPECT_EQ(seen[0].request, server.requests().at(0).body);
+  EXPECT_EQ(seen[0].answer, answer);
+  EXPECT_EQ(seen[0].status, 200);
+  EXPECT_EQ(seen[0].failure, "");
+  EXPECT_EQ(seen[1].status, 503);
+  EXPECT_EQ(seen[1].failure, "Unexpected HTTP Status code of 503");
+
+  service.setTraceHandler(nullptr);
+  server.enqueue(Reply::xml(answer));
+  service.getGuid();
+  EXPECT_EQ(seen.size(), 2u);
 }
 
 TEST_F(ServiceWire, ShowsAnApplicationFaultWithoutTouchingTheErrorPair) {

@@ -1,13 +1,16 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "brenmoor/contact_form.h"
 #include "brenmoor/host.h"
 
 namespace brenmoor::testing {
 
-// A host that keeps every message box instead of showing it.
+// A host that keeps every message box instead of showing it, and writes down each step of the
+// contacting form, pressing its OK button when it appears.
 class RecordingHost : public Host {
  public:
   struct Box {
@@ -19,7 +22,23 @@ class RecordingHost : public Host {
     boxes.push_back({text, title});
   }
 
+  void showContactForm(ContactForm& form) override {
+    formSteps.push_back("shown " + form.caption() + ": " + form.text());
+    if (throwOnShow) throw std::runtime_error("the host gave up");
+    form.start();
+    if (form.isOpen()) {
+      formSteps.push_back("OK pressed");
+      form.pressOk();
+    }
+  }
+  void contactTextChanged(const ContactForm& form) override {
+    formSteps.push_back("text " + form.text());
+  }
+  void contactOkShown(const ContactForm&) override { formSteps.push_back("OK shown"); }
+
   std::vector<Box> boxes;
+  std::vector<std::string> formSteps;
+  bool throwOnShow = false;
 };
 
 }  // namespace brenmoor::testing
