@@ -1,6 +1,7 @@
 #pragma once
 // Brenmoor: the client library of the Telvane services.
 
+#include "brenmoor/asset.h"
 #include "brenmoor/collection.h"
 #include "brenmoor/contact_form.h"
 #include "brenmoor/data_record.h"

@@ -4,6 +4,7 @@
 // that called the library. An exception thrown by a host function goes back to the caller of
 // the library function that called it, after the library has restored its own state.
 
+#include <cstdint>
 #include <string>
 
 namespace brenmoor {
@@ -30,6 +31,14 @@ class Host {
   virtual void contactTextChanged(const ContactForm& form) { (void)form; }
   // The form's OK button has appeared: the form stays open until it is pressed.
   virtual void contactOkShown(const ContactForm& form) { (void)form; }
+
+  // Asset creation: after each representation, and 100 at the end.
+  virtual void CreateAssetProgress(int32_t percentComplete) { (void)percentComplete; }
+  // After each chunk of a file upload; `filename` without its folder.
+  virtual void CreateAssetFileProgress(int32_t percentComplete, const std::string& filename) {
+    (void)percentComplete;
+    (void)filename;
+  }
 };
 
 // Writes each message box to standard error as one line, "title: text" (the text alone when

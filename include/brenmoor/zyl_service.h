@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "brenmoor/asset.h"
 #include "brenmoor/collection.h"
 #include "brenmoor/data_record.h"
 #include "brenmoor/deployment.h"
@@ -230,6 +231,67 @@ class ZylService {
   // fault or failure.
   std::vector<std::string> Deploy(const std::vector<std::string>& datarecordGuid,
                                   const std::vector<std::string>& templateGuid);
+
+  // --- Creating assets -------------------------------------------------------------------
+  // Uploads each representation's file to the upload page under getFixedUrl(), then registers
+  // the asset there. Writes each representation's guid (the upload's key) and filename (its
+  // name, blanks made "_"); a failed upload marks it invalid, shows a message box whatever the
+  // alert switch says, and the asset is registered without it. Progress reaches the host
+  // (Host::CreateAssetProgress, Host::CreateAssetFileProgress). The new asset's guid.
+  std::string CreateAsset(const std::string& assetName, const std::string& assetDesc,
+                          const std::string& assetType, const Collection<Representation>& repList,
+                          int16_t folderID, bool PreventDMP = false,
+                          const Collection<Metadata>& metadataList = {},
+                          const std::string& parentGuid = "");
+  // Uploads each file into a project, where the service keeps it at a URL, and registers the
+  // asset by those URLs; writes each representation's filename (the URL) and size. Nothing
+  // is registered for an empty list. The new asset's guid.
+  std::string CreateAsset_Unmanaged(const std::string& assetName, const std::string& assetDesc,
+                                    const std::string& assetType,
+                                    const Collection<Representation>& repList, int16_t folderID,
+                                    const std::string& projectGuid,
+                                    const Collection<Metadata>& metadataList = {},
+                                    const std::string& parentGuid = "");
+  // Stops the creation in progress before its next 4096-byte chunk. Call it from a host event
+  // or from Host::yield(). An unmanaged creation also stops after the current file.
+  void Cancel();
+  // How the last file upload ended: 0 sent, 1 the send failed (or the file could not be read,
+  // or the server stopped reading), 2 cancelled, 3 the page answered an error; with its text.
+  int32_t lastUploadErrorCode() const;
+  const std::string& lastUploadErrorMessage() const;
+
+  // Registers an asset by its descriptor; `serviceUrl`, when given, is the base URL whose
+  // Assets service takes it. The service's answer.
+  std::string addAsset(const std::string& xml, const std::string& serviceUrl = "");
+  std::string makeUnmanagedAssetRemoveable(const std::string& assetGuid,
+                                           const std::vector<std::string>& timedDataList);
+
+  // --- Asset folders and queries ----------------------------------------------------------
+  // The list operations return an empty collection, never null, when the call fails.
+  std::string getAssetFolderXML(int16_t folderID);
+  // The new folder's id.
+  int16_t createAssetFolder(const std::string& folderpath);
+  std::string getAssetFolderRights(int16_t folderID);
+  int16_t createChildAssetFolder(int16_t parentID, const std::string& folderpath);
+  bool deleteAssetFolder(int16_t folderID);
+  // A procGuid to follow with isProcessComplete() and the calls beside it.
+  std::string clearAssetFolder_Async(int16_t folderID);
+  // Waits up to 32 s of silence.
+  bool clearAssetFolder(int16_t folderID);
+  bool setAssetFolderMetadata(int16_t folderID, const std::string& metadataXML);
+  std::shared_ptr<Collection<ZylFolderNode>> getAssetFolderTree(int16_t folderID);
+  std::shared_ptr<Collection<ZylAsset>> getFolderAssets(int16_t folderID);
+  // Folder 0: every folder.
+  std::shared_ptr<Collection<ZylAsset>> getAssetsByName(const std::string& name,
+                                                        int16_t folderID = 0);
+  std::shared_ptr<Collection<ZylAsset>> getAssets(
+      int16_t folderID, int16_t assetTypeID = 0, int16_t fileTypeID = 0, int16_t assetWidth = 0,
+      int16_t assetHeight = 0, const std::string& sExtension = "",
+      const std::string& searchFor = "", const std::string& searchBy = "", bool searchExact = false,
+      const std::string& sortBy = "");
+  bool deleteAsset(const std::string& assetGuid);
+  // `repID` is accepted and not sent: the service previews the first representation.
+  std::string getAssetPreviewUrl(const std::string& assetGuid, int16_t repID = 0);
 
  private:
   std::unique_ptr<service::State> state_;

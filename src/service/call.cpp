@@ -56,7 +56,8 @@ std::string genericFaultAlert(const soap::Node& fault) {
 
 Outcome run(State& state, const Settings& settings,
             FunctionRef<void(std::vector<soap::Element>&)> makeElements,
-            FunctionRef<void(const soap::Answer&)> read, std::string_view alertName) {
+            FunctionRef<void(const soap::Answer&)> read, std::string_view alertName,
+            std::string_view baseUrl) {
   if (!settings.sinceVersion.empty() &&
       !serverIsAtLeast(state, std::string(settings.sinceVersion))) {
     return Outcome::NotSent;
@@ -86,7 +87,8 @@ Outcome run(State& state, const Settings& settings,
     if (state.trace) transport.setTrace(&state.trace);
 
     const std::string url = settings.processHandle ? serviceUrlForCode(state.baseUrl, "M")
-                                                   : state.endpoint(settings.service);
+                            : baseUrl.empty()      ? state.endpoint(settings.service)
+                                              : std::string(baseUrl) + std::string(service.path);
     const soap::Answer answer = transport.send(url, text);
     if (answer.isFault()) {
       if (auto shown = alertText(settings.alert, answer.firstParameter(), alertName);

@@ -106,7 +106,8 @@ class FunctionRef<R(A...)> {
 // duplicate-name alert names.
 Outcome run(State& state, const Settings& settings,
             FunctionRef<void(std::vector<soap::Element>&)> makeElements,
-            FunctionRef<void(const soap::Answer&)> read, std::string_view alertName);
+            FunctionRef<void(const soap::Answer&)> read, std::string_view alertName,
+            std::string_view baseUrl = {});
 
 // The text of the generic alert: "Fault:" then the code's local name, its namespace, the fault
 // string and the detail, each followed by one space.
@@ -203,6 +204,11 @@ class Operation {
 
   template <class... Args>
   requires(sizeof...(Args) == N) Reply<Result> run(State& state, const Args&... args)
+  const { return runAt(state, std::string_view(), args...); }
+  // The same, sent to this operation's service under another base URL (empty: the usual one).
+  template <class... Args>
+  requires(sizeof...(Args) == N) Reply<Result> runAt(State& state, std::string_view baseUrl,
+                                                     const Args&... args)
   const {
     Reply<Result> reply{Outcome::NotSent, Result{}};
     reply.outcome = service::run(
@@ -211,7 +217,8 @@ class Operation {
           size_t i = 0;
           (out.push_back({elements_[i++], wireValue(args)}), ...);
         },
-        [&](const soap::Answer& answer) { reply.value = read(answer); }, alertName(args...));
+        [&](const soap::Answer& answer) { reply.value = read(answer); }, alertName(args...),
+        baseUrl);
     const auto fallback = reply.outcome == Outcome::Faulted  ? settings_.afterFault
                           : reply.outcome == Outcome::Failed ? settings_.afterFailure
                                                              : Fallback::FailureValue;

@@ -2,6 +2,7 @@
 // The state of one ZylService, shared by the subsystems that implement its operations.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -35,6 +36,9 @@ struct State {
 
   std::shared_ptr<Host> host = std::make_shared<StderrHost>();
   TraceHandler trace;
+  std::function<void()> cancelCreation;  // of the asset creation in progress, if any
+  int32_t lastUploadCode = 0;
+  std::string lastUploadMessage;
   soap::AnswerLimits answerLimits;
   soap::ConnectionPool connections;
 

@@ -72,4 +72,13 @@ double toDouble(std::string_view text) {
   return value;
 }
 
+int32_t percentHalfEven(int64_t part, int64_t whole) {
+  if (whole <= 0) return 0;
+  const int64_t scaled = part * 100;
+  int64_t q = scaled / whole;
+  const int64_t twiceRest = 2 * (scaled % whole);
+  if (twiceRest > whole || (twiceRest == whole && q % 2 != 0)) ++q;
+  return static_cast<int32_t>(q);
+}
+
 }  // namespace brenmoor::util

@@ -12,4 +12,7 @@ int32_t toInt32(std::string_view text);
 int16_t toInt16(std::string_view text);
 double toDouble(std::string_view text);
 
+// part * 100 / whole as a whole percent, halves going to the even neighbour; 0 for no whole.
+int32_t percentHalfEven(int64_t part, int64_t whole);
+
 }  // namespace brenmoor::util
