@@ -18,6 +18,8 @@ struct Endpoint {
 };
 constexpr Endpoint kLogin{"/services/Login", "urn:telvane-login"};
 constexpr Endpoint kMain{"/services/Telvane", "urn:telvane-main"};
+constexpr Endpoint kAssets{"/services/Assets", "urn:telvane-assets"};
+constexpr Endpoint kFixedAssets{"/fixed/services/Assets", "urn:telvane-assets"};
 constexpr bool kKey = true, kNoKey = false;
 
 struct Row {
@@ -157,6 +159,42 @@ TEST_F(OperationsWire, EachOperationSendsItsElementsToItsService) {
          s.Deploy({"r-1"}, {"t-1", "t-2"});
        },
        "deploy", "datarecordGuidList:Array[1] templateGuidList:Array[2]"},
+      {[](Z& s) { s.addAsset("<ASSET/>"); }, "addAsset_XML",
+       "xmlData=<ASSET/> sourceSystem=", kAssets, kNoKey},
+      {[](Z& s) { s.addAsset("<A/>", s.baseUrl() + "/fixed"); }, "addAsset_XML",
+       "xmlData=<A/> sourceSystem=", kFixedAssets, kNoKey},
+      {[](Z& s) {
+         s.makeUnmanagedAssetRemoveable("a-1", {"t1", "t2"});
+       },
+       "makeUnmanagedAssetRemoveable", "assetGuid=a-1 timedDataList:Array[2]", kAssets, kNoKey},
+      {[](Z& s) { s.getAssetFolderXML(3); }, "getFolder_XML", "folderID:int=3", kAssets, kNoKey},
+      {[](Z& s) { s.createAssetFolder("a/b"); }, "createFolder", "folderPath=a/b", kAssets, kNoKey},
+      {[](Z& s) { s.getAssetFolderRights(-2); }, "getFolderRights", "folderID:int=-2", kAssets,
+       kNoKey},
+      {[](Z& s) { s.createChildAssetFolder(3, "c"); }, "createChildFolder",
+       "parentID:int=3 folderPath=c", kAssets, kNoKey},
+      {[](Z& s) { s.deleteAssetFolder(3); }, "deleteFolder", "folderID:int=3", kAssets, kNoKey},
+      {[](Z& s) { s.clearAssetFolder_Async(3); }, "clearFolder_Async", "folderID:int=3", kAssets,
+       kNoKey},
+      {[](Z& s) { s.clearAssetFolder(3); }, "clearFolder", "folderID:int=3", kAssets, kNoKey},
+      {[](Z& s) { s.setAssetFolderMetadata(3, "<m/>"); }, "setFolderMetadata",
+       "folderID:int=3 metadataXML=<m/> sourceSystem=", kAssets, kNoKey},
+      {[](Z& s) { s.getAssetFolderTree(0); }, "getFolderTree", "folderID:int=0", kAssets, kNoKey},
+      {[](Z& s) { s.getFolderAssets(3); }, "getAssets",
+       "folderID:int=3 assetTypeID:int=0 fileTypeID:int=0 assetWidth:int=0 assetHeight:int=0 "
+       "sExtension= searchFor= searchBy= searchExact:boolean=false sortBy=",
+       kAssets, kNoKey},
+      {[](Z& s) { s.getAssets(3, 1, 2, 640, 480, "mp4", "talk", "name", true, "created"); },
+       "getAssets",
+       "folderID:int=3 assetTypeID:int=1 fileTypeID:int=2 assetWidth:int=640 "
+       "assetHeight:int=480 sExtension=mp4 searchFor=talk searchBy=name "
+       "searchExact:boolean=true sortBy=created",
+       kAssets, kNoKey},
+      {[](Z& s) { s.getAssetsByName("Logo"); }, "getAssetsByName", "name=Logo folderID:int=0",
+       kAssets, kNoKey},
+      {[](Z& s) { s.deleteAsset("a-1"); }, "deleteAsset", "assetGuid=a-1", kAssets, kNoKey},
+      {[](Z& s) { s.getAssetPreviewUrl("a-1", 7); }, "getAssetPreviewUrl", "assetGuid=a-1", kAssets,
+       kNoKey},
   };
 
   for (const Row& row : rows) {
