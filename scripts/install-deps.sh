@@ -6,6 +6,7 @@ packages=(
   cmake g++ make pkg-config
   libcurl4-openssl-dev libexpat1-dev libpugixml-dev libcpp-httplib-dev libsqlite3-dev
   libgtest-dev libgmock-dev libcli11-dev libssl-dev libbenchmark-dev
+  nlohmann-json3-dev help2man
 )
 
 missing=()

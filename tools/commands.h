@@ -6,31 +6,43 @@
 #include <string>
 
 #include "brenmoor/brenmoor.h"
+#include "output.h"
+#include "settings.h"
 
 namespace brenmoor::cli {
 
 struct Context {
-  std::string url;
+  SettingsSources sources;  // as the command line gave them
+  Settings settings;        // resolved before any subcommand runs
   bool useProxy = false;
-  std::string user;
-  std::string password;
-  std::string account;          // an account id to select after signing in, if any
+  bool connect = false;  // sign in with Connect instead of login and selectAccount
+  std::string sourceSystem = "brenmoor-cli";
+  bool quiet = false;
+  bool trace = false;
+  OutputMode output;
   uint64_t maxAnswerBytes = 0;  // 0: the library's own limit
   int status = 0;               // the exit status of the subcommand that ran
 };
 
-// Prints the service's error pair to stderr and returns the exit status for a failed call.
+// Prints the service's error pair to stderr and returns the exit status for the failure.
 int failed(const ZylService& service, const std::string& what);
 
-// A service with alerts off (the CLI reports failures itself) pointed at the context's URL.
-void prepare(ZylService& service, const Context& context);
+// Prints a usage error to stderr and returns its exit status.
+int usageError(const std::string& message);
 
-// Signs in with the context's user and password, then selects its account if it names one.
-// Returns false (with the status set) when that fails.
+// Sets the service up as the options say: alerts off (the CLI reports failures itself), the
+// host, the trace, the answer limit and the context's URL. False (with the status set) when
+// no URL was given.
+bool prepare(ZylService& service, Context& context);
+
+// Signs in with Connect (--connect) or with login and then selects the account given by id
+// or guid. Returns false (with the status set) when that fails.
 bool signIn(ZylService& service, Context& context);
 
-// A subcommand callback that runs `body` on a signed-in service (with the context's account
-// selected) and signs out afterwards.
+// Signs in with Connect and, when an account id is given, selects it afterwards.
+bool connect(ZylService& service, Context& context);
+
+// A subcommand callback that runs `body` on a signed-in service and signs out afterwards.
 template <class Body>
 auto signedIn(Context& context, Body body) {
   return [&context, body] {

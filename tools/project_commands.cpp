@@ -6,18 +6,16 @@
 #include <thread>
 
 #include "commands.h"
+#include "records_json.h"
 
 namespace brenmoor::cli {
-namespace {
-
-void printProject(const ProjectInfo& p) {
-  std::cout << p.guid() << '\t' << p.name() << '\t' << p.description() << '\n';
-}
-
-}  // namespace
 
 void addProjectCommands(CLI::App& app, Context& context) {
   auto* projects = app.add_subcommand("projects", "Projects of the selected account");
+  projects->footer(
+      "Examples:\n"
+      "  brenmoor --profile work --account 1001 projects list\n"
+      "  brenmoor --profile work --connect projects create Launch --description 'Spring'");
   projects->require_subcommand(1);
 
   // Option values live as long as the callbacks that read them.
@@ -31,7 +29,7 @@ void addProjectCommands(CLI::App& app, Context& context) {
   list->callback(signedIn(context, [&context, args](ZylService& service) {
     auto all = service.getProjectList(args->type);
     if (!all) return void(context.status = failed(service, "listing projects"));
-    for (const auto& p : *all) printProject(*p);
+    printList(context.output, toJson(*all), {"guid", "name", "description"});
   }));
 
   auto* create = projects->add_subcommand("create", "Create a project and print its guid");
@@ -40,7 +38,7 @@ void addProjectCommands(CLI::App& app, Context& context) {
   create->callback(signedIn(context, [&context, args](ZylService& service) {
     std::string guid = service.createProject(args->name, args->description);
     if (guid.empty()) return void(context.status = failed(service, "creating the project"));
-    std::cout << guid << '\n';
+    printValue(context.output, "guid", guid);
   }));
 
   auto* remove = projects->add_subcommand("delete", "Delete a project, undeploying it");
@@ -57,8 +55,9 @@ void addProjectCommands(CLI::App& app, Context& context) {
     if (proc.empty()) return void(context.status = failed(service, "starting to clear"));
     // The service does the work; we look in on it, for a bounded time.
     for (int polls = 0; polls < 600 && !service.isProcessComplete(proc); ++polls) {
-      std::cerr << service.getProcessPercentComplete(proc) << "% "
-                << service.getProcessMessage(proc) << '\n';
+      const int16_t percent = service.getProcessPercentComplete(proc);
+      const std::string message = service.getProcessMessage(proc);
+      if (!context.quiet) std::cerr << percent << "% " << message << '\n';
       std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     if (!service.clearProject_Result(proc)) context.status = failed(service, "clearing");
@@ -72,6 +71,10 @@ void addTemplateCommands(CLI::App& app, Context& context) {
   auto args = std::make_shared<Args>();
 
   auto* templates = app.add_subcommand("templates", "The template catalog and project templates");
+  templates->footer(
+      "Examples:\n"
+      "  brenmoor --profile work --account 1001 templates list --type video\n"
+      "  brenmoor --profile work --account 1001 templates copy tpl-video-player PROJECT 'Keynote'");
   templates->require_subcommand(1);
   auto* list = templates->add_subcommand("list", "One template per line: guid, name, type");
   list->add_option("--type", args->type, "Only templates of this type");
@@ -81,9 +84,7 @@ void addTemplateCommands(CLI::App& app, Context& context) {
                    ? service.getTemplateList(args->type, "getTemplateList_Array")
                    : service.getProjectTemplateList(args->projectGuid);
     if (!all) return void(context.status = failed(service, "listing templates"));
-    for (const auto& t : *all) {
-      std::cout << t->guid() << '\t' << t->name() << '\t' << t->templateType() << '\n';
-    }
+    printList(context.output, toJson(*all), {"guid", "name", "templateType"});
   }));
   auto* copy = templates->add_subcommand("copy", "Copy a template into a project");
   copy->add_option("template", args->templateGuid)->required();
@@ -93,16 +94,20 @@ void addTemplateCommands(CLI::App& app, Context& context) {
     std::string guid =
         service.copyTemplate(args->templateGuid, args->projectGuid, args->name, false);
     if (guid.empty()) return void(context.status = failed(service, "copying the template"));
-    std::cout << guid << '\n';
+    printValue(context.output, "guid", guid);
   }));
 
   auto* themes = app.add_subcommand("themes", "Themes: named sets of templates");
+  themes->footer(
+      "Examples:\n"
+      "  brenmoor --profile work --account 1001 --json themes list\n"
+      "  brenmoor --profile work --account 1001 themes apply theme-classroom PROJECT");
   themes->require_subcommand(1);
   themes->add_subcommand("list", "One theme per line: guid, name")
       ->callback(signedIn(context, [&context, args](ZylService& service) {
         auto all = service.getThemeList("", "getThemeList_Array");
         if (!all) return void(context.status = failed(service, "listing themes"));
-        for (const auto& t : *all) std::cout << t->guid() << '\t' << t->name() << '\n';
+        printList(context.output, toJson(*all), {"guid", "name"});
       }));
   auto* apply = themes->add_subcommand("apply", "Copy a theme's templates into a project");
   apply->add_option("theme", args->themeGuid)->required();

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "commands.h"
+#include "records_json.h"
 
 namespace brenmoor::cli {
 
@@ -16,8 +17,13 @@ void addRecordCommands(CLI::App& app, Context& context) {
 
   auto* records = app.add_subcommand("records", "Data records: the content of templates");
   records->require_subcommand(1);
+  records->footer(
+      "Examples:\n"
+      "  brenmoor --profile work --account 1001 records show --theme theme-classroom\n"
+      "  brenmoor --profile work --account 1001 records deploy --record REC --template TPL");
 
-  auto* show = records->add_subcommand("show", "Print the record of templates (or a theme) as XML");
+  auto* show = records->add_subcommand(
+      "show", "Print the record of templates (or a theme) as XML; with --json as an object");
   show->add_option("templates", args->templates, "Template guids");
   show->add_option("--theme", args->theme, "A theme's record instead");
   show->callback(signedIn(context, [&context, args](ZylService& service) {
@@ -25,6 +31,8 @@ void addRecordCommands(CLI::App& app, Context& context) {
                                       : service.getThemeDataRecord(args->theme);
     if (!record || !record->entries()) {
       context.status = failed(service, "reading the record");
+    } else if (context.output.json) {
+      printRecord(context.output, toJson(*record), {});
     } else {
       std::cout << record->getXML() << '\n';
     }
@@ -36,7 +44,7 @@ void addRecordCommands(CLI::App& app, Context& context) {
   deploy->callback(signedIn(context, [&context, args](ZylService& service) {
     auto deployments = service.Deploy(args->records, args->templates);
     if (deployments.empty()) context.status = failed(service, "deploying");
-    for (const auto& d : deployments) std::cout << d << '\n';
+    if (!deployments.empty()) printList(context.output, deployments, {});
   }));
 }
 

@@ -1,0 +1,29 @@
+#pragma once
+// The library's records as JSON objects whose keys are the property names. A flagged
+// property appears only when it occurred (was in the answer); a plain one always appears.
+// Dates are "yyyy-mm-dd hh:mm:ss" in local time.
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+
+#include "brenmoor/brenmoor.h"
+
+namespace brenmoor::cli {
+
+nlohmann::json toJson(const UserAccountInfo& account);
+nlohmann::json toJson(const ProjectInfo& project);
+nlohmann::json toJson(const TemplateInfo& info);
+nlohmann::json toJson(const ThemeInfo& theme);
+nlohmann::json toJson(const DeploymentInfo& deployment);
+nlohmann::json toJson(const DataRecord& record);
+
+// A list of records as a JSON array.
+template <class Record>
+nlohmann::json toJson(const Collection<Record>& items) {
+  auto array = nlohmann::json::array();
+  for (const auto& item : items) array.push_back(toJson(*item));
+  return array;
+}
+
+}  // namespace brenmoor::cli

@@ -1,0 +1,16 @@
+#pragma once
+// The terminal: a password prompt without echo, and Ctrl-C that leaves the terminal as it was.
+
+#include <string>
+
+namespace brenmoor::cli {
+
+// Makes SIGINT end the program with status 130, restoring the echo if a prompt had turned it
+// off.
+void exitOnInterrupt();
+
+// Writes `prompt` to standard error and reads one line from standard input (a terminal)
+// without echoing it. False when nothing could be read.
+bool readHiddenLine(const std::string& prompt, std::string& line);
+
+}  // namespace brenmoor::cli
