@@ -25,6 +25,9 @@ int main(int argc, char** argv) {
   app.add_option("--version", options.version, "Version answered by getVersion")
       ->capture_default_str();
   app.add_option("--host", options.host, "Numeric address to listen on")->capture_default_str();
+  app.add_option("--max-upload-bytes", options.max_upload_bytes,
+                 "Largest file the upload pages accept")
+      ->capture_default_str();
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "dispatch/session_cookie.h"
 #include "dispatch/session_key.h"
 #include "soap/clip.h"
 #include "soap/faults.h"
@@ -9,14 +10,6 @@
 
 namespace sandbox {
 namespace {
-
-std::string collapse_slashes(std::string_view path) {
-  std::string collapsed;
-  for (char c : path) {
-    if (c != '/' || collapsed.empty() || collapsed.back() != '/') collapsed += c;
-  }
-  return collapsed;
-}
 
 const Operation* find_operation(const Service& service, std::string_view name) {
   const auto found = std::find_if(service.operations.begin(), service.operations.end(),
@@ -28,7 +21,19 @@ std::string describe_key(const Session& session) {
   return "key=" + session.token.substr(0, 8) + "...:" + std::to_string(session.counter);
 }
 
+std::string describe_cookie(const Session& session) {
+  return "cookie=" + session.token.substr(0, 8) + "...";
+}
+
 }  // namespace
+
+std::string collapse_slashes(std::string_view path) {
+  std::string collapsed;
+  for (char c : path) {
+    if (c != '/' || collapsed.empty() || collapsed.back() != '/') collapsed += c;
+  }
+  return collapsed;
+}
 
 const Service* Dispatcher::find_service(std::string_view path) const {
   const std::string normalised = collapse_slashes(path);
@@ -38,7 +43,8 @@ const Service* Dispatcher::find_service(std::string_view path) const {
   return nullptr;
 }
 
-Outcome Dispatcher::handle(const Service& service, std::string_view body) {
+Outcome Dispatcher::handle(const Service& service, std::string_view body,
+                           std::string_view cookie_header) {
   Outcome outcome;
   try {
     const SoapRequest request = SoapRequest::parse(body, service.ns, service.name);
@@ -57,9 +63,13 @@ Outcome Dispatcher::handle(const Service& service, std::string_view body) {
       if (operation->access == Access::keyed) {
         session = verify_session_key(db_, args);
         outcome.key_note = describe_key(*session);
+      } else if (operation->access == Access::cookie) {
+        session = session_from_cookie(db_, cookie_header);
+        outcome.key_note = describe_cookie(*session);
       }
       Call call(db_, processes_, server_, args, reply, session ? &*session : nullptr);
       operation->handler(call);
+      outcome.set_cookie = std::move(call.new_session_cookie);
     }
     outcome.body = reply.render(operation->name, service.ns);
   } catch (const ApplicationFault& fault) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -11,12 +12,16 @@
 
 namespace sandbox {
 
+// A request path with repeated slashes made one, as a base URL with a trailing slash gives.
+std::string collapse_slashes(std::string_view path);
+
 // What one SOAP request came to, for the HTTP layer and the request log.
 struct Outcome {
   int status = 200;
   std::string body;
-  std::string operation;  // as the request named it, clipped; empty if unreadable
-  std::string key_note;   // token prefix and counter of a verified key, for the log
+  std::string operation;   // as the request named it, clipped; empty if unreadable
+  std::string key_note;    // token prefix (and key counter) of the session, for the log
+  std::string set_cookie;  // a Set-Cookie value, when the operation opened a session
 };
 
 // Routes a request to the service's handler, running the key check for keyed operations
@@ -34,7 +39,14 @@ class Dispatcher {
   // The service at an endpoint path; repeated slashes are ignored. Null if none.
   const Service* find_service(std::string_view path) const;
 
-  Outcome handle(const Service& service, std::string_view body);
+  // `cookie_header` is the request's Cookie header, where cookie operations find their session.
+  Outcome handle(const Service& service, std::string_view body, std::string_view cookie_header);
+
+  // Runs `work` on the store, one at a time with the handlers and process steps.
+  void with_store(const std::function<void(Database&)>& work) {
+    const std::lock_guard lock(store_mutex_);
+    work(db_);
+  }
 
   // Ends background work; call once no request can arrive any more.
   void stop_processes() { processes_.stop(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -16,10 +17,17 @@ namespace sandbox {
 class Database;
 class ProcessRunner;
 
+// The path under which the sandbox serves its fixed URL, so that uploads sent there can be
+// told from those sent to the base URL.
+inline constexpr std::string_view kFixedUrlPrefix = "/fixed";
+
 // Facts about the running sandbox that some operations answer with.
 struct ServerInfo {
   std::string version;
-  std::string base_url;  // e.g. "http://127.0.0.1:8080"
+  std::string base_url;            // e.g. "http://127.0.0.1:8080"
+  std::filesystem::path data_dir;  // uploaded files live under it
+
+  std::string fixed_url() const { return base_url + std::string(kFixedUrlPrefix); }
 };
 
 // The signed-in session behind a keyed request, as the key check found it.
@@ -42,10 +50,12 @@ class Call {
   const ServerInfo& server;
   const Arguments& args;
   Reply& reply;
+  // Set by an operation that opens a session: the cookie that will stand for it.
+  std::string new_session_cookie;
 
-  // The session of a keyed operation; open operations have none.
+  // The session of a keyed or cookie operation; open operations have none.
   const Session& session() const {
-    if (!session_) throw std::logic_error("session() called by an operation without a key");
+    if (!session_) throw std::logic_error("session() called by an operation without a session");
     return *session_;
   }
 
@@ -59,8 +69,9 @@ class Call {
   const Session* session_;
 };
 
-// Whether the operation's first element must be a valid session key.
-enum class Access { open, keyed };
+// How an operation finds its session: none, a valid key as its first element, or the
+// session cookie of the HTTP request.
+enum class Access { open, keyed, cookie };
 
 using Handler = void (*)(Call& call);
 

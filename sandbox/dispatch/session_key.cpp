@@ -45,7 +45,11 @@ std::optional<KeyParts> split_key(std::string_view key) {
 Session verify_session_key(Database& db, const Arguments& args) {
   const auto key = args.leading("key");
   if (!key) throw ServerException("Missing session key: it must be the operation's first element");
-  const auto parts = split_key(*key);
+  return verify_session_key(db, *key);
+}
+
+Session verify_session_key(Database& db, std::string_view key) {
+  const auto parts = split_key(key);
   if (!parts || parts->token.empty()) throw ServerException(std::string(kInvalidKey));
 
   Session session;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 namespace sandbox {
 
 class Arguments;
@@ -10,5 +12,7 @@ struct Session;
 // with N above the last counter the session saw. Records N and answers the session;
 // throws ServerException with the refusal otherwise.
 Session verify_session_key(Database& db, const Arguments& args);
+// The same check for a key that came another way (the upload pages' query string).
+Session verify_session_key(Database& db, std::string_view key);
 
 }  // namespace sandbox

@@ -4,6 +4,7 @@
 #include <httplib.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 
@@ -48,8 +49,10 @@ std::string url_host(const std::string& host) {
 SandboxServer::SandboxServer(const ServerOptions& options)
     : options_(with_numeric_host(options)),
       db_(prepare_database_file(options.data_dir)),
-      info_{options.version, ""},
+      info_{options.version, "", options.data_dir},
       dispatcher_(db_, info_, all_services(), options.process_step),
+      upload_pages_(dispatcher_, info_, options.max_upload_bytes),
+      file_pages_(dispatcher_, info_),
       http_(std::make_unique<httplib::Server>()) {
   create_schema(db_);
   if (options_.seed || has_no_users(db_)) seed_demo_data(db_);
@@ -61,7 +64,9 @@ SandboxServer::~SandboxServer() {
 }
 
 void SandboxServer::install_routes(bool log) {
-  http_->set_payload_max_length(kMaxRequestBody);
+  // Uploads may be far larger than SOAP requests; the SOAP handler keeps its own limit.
+  http_->set_payload_max_length(static_cast<std::size_t>(
+      std::max<std::uint64_t>(kMaxRequestBody, options_.max_upload_bytes)));
   // Bounds how long stop() waits for idle keep-alive connections.
   http_->set_keep_alive_timeout(2);
 
@@ -81,16 +86,23 @@ void SandboxServer::install_routes(bool log) {
   // way of clients that send SOAP with the wrong content type.
   http_->Post(".*", [this, log](const httplib::Request& request, httplib::Response& response,
                                 const httplib::ContentReader& read_content) {
+    if (UploadPages::serves(collapse_slashes(request.path))) {
+      upload_pages_.handle(request, response, read_content);
+      return;
+    }
     const Service* service = dispatcher_.find_service(request.path);
     std::string body;
+    bool oversized = false;
+    // An oversized body is still read to its end, so that the client sees the 413.
     const bool complete =
-        !announces_body(request) || read_content([&body](const char* data, std::size_t length) {
-          body.append(data, length);
+        !announces_body(request) || read_content([&](const char* data, std::size_t length) {
+          oversized = oversized || body.size() + length > kMaxRequestBody;
+          if (!oversized) body.append(data, length);
           return true;
         });
-    if (!complete) {
-      // The reader has set 413 for an oversized body; anything else is a broken upload.
-      if (response.status != 413) response.status = 400;
+    if (!complete || oversized) {
+      // The reader has set 413 for a body over httplib's own limit; anything else is broken.
+      response.status = oversized || response.status == 413 ? 413 : 400;
       return;
     }
     if (!service) {
@@ -98,10 +110,15 @@ void SandboxServer::install_routes(bool log) {
       response.set_content("No service at this path\n", "text/plain");
       return;
     }
-    Outcome outcome = dispatcher_.handle(*service, body);
+    Outcome outcome = dispatcher_.handle(*service, body, request.get_header_value("Cookie"));
     if (log) request_log::describe(service->name, outcome.operation, outcome.key_note);
     response.status = outcome.status;
+    if (!outcome.set_cookie.empty()) response.set_header("Set-Cookie", outcome.set_cookie);
     response.set_content(std::move(outcome.body), "text/xml; charset=utf-8");
+  });
+
+  http_->Get(".*", [this](const httplib::Request& request, httplib::Response& response) {
+    file_pages_.handle(request, response);
   });
 
   if (log) {

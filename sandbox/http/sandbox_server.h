@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -8,6 +9,8 @@
 
 #include "dispatch/dispatcher.h"
 #include "dispatch/service.h"
+#include "http/file_pages.h"
+#include "http/upload_pages.h"
 #include "store/database.h"
 
 namespace httplib {
@@ -25,9 +28,12 @@ struct ServerOptions {
   std::string version = "3.2.4.60";
   // Long-running processes advance in ten such steps.
   std::chrono::milliseconds process_step{150};
+  // The largest file the upload pages take.
+  std::uint64_t max_upload_bytes = std::uint64_t{2} << 30;
 };
 
-// The HTTP front of the sandbox: the five SOAP endpoints over one store.
+// The HTTP front of the sandbox: the five SOAP endpoints, the upload pages and the pages that
+// serve uploaded files, over one store.
 class SandboxServer {
  public:
   // Opens the store, creates the schema and seeds the demo data when asked or when
@@ -53,6 +59,8 @@ class SandboxServer {
   Database db_;
   ServerInfo info_;
   Dispatcher dispatcher_;
+  UploadPages upload_pages_;
+  FilePages file_pages_;
   std::unique_ptr<httplib::Server> http_;
   std::thread listener_;
 };

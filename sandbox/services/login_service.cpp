@@ -2,6 +2,7 @@
 
 #include "crypto/digest.h"
 #include "crypto/random.h"
+#include "dispatch/session_cookie.h"
 #include "services/services.h"
 #include "soap/faults.h"
 #include "store/database.h"
@@ -63,6 +64,7 @@ void user_login(Call& call) {
           "VALUES (?, ?, ?, 0, ?)")
       .bind(token, user_id, secret, now_ms())
       .run();
+  call.new_session_cookie = open_session_cookie(call.db, token);
   call.reply.scalar(token);
 }
 

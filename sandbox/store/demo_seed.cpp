@@ -5,6 +5,7 @@
 #include "crypto/digest.h"
 #include "store/catalog_seed.h"
 #include "store/database.h"
+#include "store/folder_store.h"
 
 namespace sandbox {
 namespace {
@@ -46,6 +47,7 @@ void seed_demo_data(Database& db) {
     db.prepare("INSERT OR IGNORE INTO account_members (account_id, user_id) VALUES (?, ?)")
         .bind(account.id, user_id)
         .run();
+    seed_asset_folders(db, account.id);
   }
   seed_catalog(db);
 }

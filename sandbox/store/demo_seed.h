@@ -12,7 +12,8 @@ inline constexpr std::string_view kDemoUserPassword = "demo";
 // True when no user exists yet: a fresh database gets the demo data.
 bool has_no_users(Database& db);
 
-// Creates (or restores) the demo user, its two accounts and the template catalog.
+// Creates (or restores) the demo user, its two accounts with their asset folders and the
+// template catalog.
 void seed_demo_data(Database& db);
 
 }  // namespace sandbox

@@ -187,6 +187,84 @@ CREATE TABLE IF NOT EXISTS data_record_templates (
 );
 CREATE INDEX IF NOT EXISTS data_record_templates_by_template
   ON data_record_templates (template_guid);
+-- The session a cookie stands for: operations that carry no key find their session by it.
+CREATE TABLE IF NOT EXISTS session_cookies (
+  cookie TEXT PRIMARY KEY,
+  token TEXT NOT NULL REFERENCES sessions(token)
+);
+
+-- Folder ids are 16-bit and numbered per account; a parent id of 0 marks the root.
+CREATE TABLE IF NOT EXISTS asset_folders (
+  account_id INTEGER NOT NULL REFERENCES accounts(id),
+  id INTEGER NOT NULL,
+  parent_id INTEGER NOT NULL,
+  name TEXT NOT NULL,
+  rights TEXT NOT NULL,
+  metadata_xml TEXT NOT NULL DEFAULT '',
+  metadata_source TEXT NOT NULL DEFAULT '',
+  PRIMARY KEY (account_id, id)
+);
+
+-- Files received by the upload pages, named by the key the page answered. `path` is relative
+-- to the data folder; `page` is 'base' or 'fixed' (managed) or 'unmanaged'. An upload backs
+-- at most one asset.
+CREATE TABLE IF NOT EXISTS uploads (
+  key TEXT PRIMARY KEY,
+  account_id INTEGER NOT NULL REFERENCES accounts(id),
+  page TEXT NOT NULL,
+  project_guid TEXT,
+  name TEXT NOT NULL DEFAULT '',
+  file_type TEXT NOT NULL DEFAULT '',
+  size INTEGER NOT NULL,
+  path TEXT NOT NULL,
+  timed_data TEXT UNIQUE,
+  removable INTEGER NOT NULL DEFAULT 0,
+  asset_guid TEXT,
+  received_at INTEGER NOT NULL
+);
+CREATE INDEX IF NOT EXISTS uploads_by_asset ON uploads (asset_guid);
+
+CREATE TABLE IF NOT EXISTS assets (
+  guid TEXT PRIMARY KEY,
+  account_id INTEGER NOT NULL,
+  folder_id INTEGER NOT NULL,
+  type TEXT NOT NULL,
+  type_id INTEGER NOT NULL,
+  name TEXT NOT NULL,
+  description TEXT NOT NULL,
+  status TEXT NOT NULL,
+  active_date TEXT NOT NULL,
+  no_dmp INTEGER NOT NULL,
+  zoom_parent_guid TEXT,
+  source_system TEXT NOT NULL,
+  created_at INTEGER NOT NULL,
+  FOREIGN KEY (account_id, folder_id) REFERENCES asset_folders(account_id, id)
+);
+
+CREATE TABLE IF NOT EXISTS asset_metadata (
+  asset_guid TEXT NOT NULL REFERENCES assets(guid) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  tag TEXT NOT NULL,
+  data TEXT NOT NULL,
+  PRIMARY KEY (asset_guid, position)
+);
+
+CREATE TABLE IF NOT EXISTS asset_representations (
+  asset_guid TEXT NOT NULL REFERENCES assets(guid) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  rep_type TEXT NOT NULL,
+  file_type TEXT NOT NULL,
+  file_type_id INTEGER NOT NULL,
+  language TEXT NOT NULL,
+  bandwidth INTEGER NOT NULL,
+  width INTEGER NOT NULL,
+  height INTEGER NOT NULL,
+  metadata_tag TEXT,
+  metadata_data TEXT,
+  file_name TEXT NOT NULL,
+  upload_key TEXT NOT NULL REFERENCES uploads(key),
+  PRIMARY KEY (asset_guid, position)
+);
 )sql");
 }
 

@@ -59,14 +59,17 @@ void SandboxTest::start_server() {
 
 Answer SandboxTest::post(std::string_view path, std::string_view body) {
   Answer answer;
+  httplib::Headers headers;
+  if (!cookie_.empty()) headers.emplace("Cookie", cookie_);
   const auto result =
-      client_->Post(std::string(path), std::string(body), "text/xml; charset=UTF-8");
+      client_->Post(std::string(path), headers, std::string(body), "text/xml; charset=UTF-8");
   if (!result) {
     ADD_FAILURE() << "no HTTP answer from " << path;
     return answer;
   }
   answer.status = result->status;
   answer.body = result->body;
+  answer.set_cookie = result->get_header_value("Set-Cookie");
   answer.document.load_string(answer.body.c_str());
   return answer;
 }
@@ -95,6 +98,7 @@ void SandboxTest::login() {
                                  arg("username", "string", "demo@example.com"));
   ASSERT_EQ(answer.status, 200) << answer.body;
   token_ = answer.value();
+  cookie_ = answer.set_cookie.substr(0, answer.set_cookie.find(';'));
   counter_ = 1;
 }
 
@@ -105,6 +109,11 @@ std::string SandboxTest::key_with(std::int64_t counter) const {
 
 std::string SandboxTest::key() {
   return key_with(counter_++);
+}
+
+std::string SandboxTest::key_text() {
+  const std::string n = std::to_string(counter_++);
+  return token_ + ":" + n + ":" + md5_hex(n + secret_);
 }
 
 }  // namespace sandbox::testing

@@ -21,6 +21,7 @@ inline constexpr std::string_view kMainNs = "urn:telvane-main";
 struct Answer {
   int status = 0;
   std::string body;
+  std::string set_cookie;  // the Set-Cookie header, if any
   pugi::xml_document document;
 
   // Text of the wrapper's single return element.
@@ -54,10 +55,13 @@ class SandboxTest : public ::testing::Test {
               std::string_view arguments = "");
   Answer post(std::string_view path, std::string_view body);
 
-  // Signs in as the demo user; afterwards key() gives keys with counters 1, 2, ...
+  // Signs in as the demo user and keeps the session cookie, which later requests send as a
+  // client's cookie engine would; afterwards key() gives keys with counters 1, 2, ...
   void login();
   std::string key();
   std::string key_with(std::int64_t counter) const;
+  // The next key's text alone, as the upload pages take it in their query string.
+  std::string key_text();
 
   std::filesystem::path data_dir_;
   ServerOptions options_;
@@ -65,6 +69,7 @@ class SandboxTest : public ::testing::Test {
   std::unique_ptr<httplib::Client> client_;
   std::string token_;
   std::string secret_;
+  std::string cookie_;  // "name=value", sent with every request once set
   std::int64_t counter_ = 0;
 };
 
