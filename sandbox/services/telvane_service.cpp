@@ -17,7 +17,7 @@ void get_guid(Call& call) {
 }
 
 void get_fixed_url(Call& call) {
-  call.reply.scalar(call.server.base_url);
+  call.reply.scalar(call.server.fixed_url());
 }
 
 void send_client_debug_info(Call& call) {

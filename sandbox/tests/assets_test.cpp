@@ -102,9 +102,12 @@ class AssetTest : public ProjectTest {
 
 TEST_F(AssetTest, UploadsRegisterQueryPreviewAndDeleteWithExactBytes) {
   sign_in();
+  const std::string fixed_url = main("getFixedUrl").value();
+  EXPECT_EQ(fixed_url, server_->base_url() + "/fixed");
   const std::string photo = binary_bytes(5000);
-  const std::string key =
-      upload("/fixed" + std::string(kManagedPage) + "?key=" + key_text(), photo);
+  const std::string key = upload(fixed_url.substr(server_->base_url().size()) +
+                                     std::string(kManagedPage) + "?key=" + key_text(),
+                                 photo);
   ASSERT_EQ(key.find("Error:"), std::string::npos) << key;
   const std::string notes_key = upload(std::string(kManagedPage) + "?key=" + key_text(), "pdf");
 
