@@ -145,7 +145,6 @@ TEST_F(AssetTest, UploadsRegisterQueryPreviewAndDeleteWithExactBytes) {
   const Answer by_name = assets(
       "getAssetsByName", arg("name", "string", "sunset &amp; sea") + arg("folderID", "int", "0"));
   const pugi::xml_node item = by_name.referenced(by_name.return_element().first_child());
-
   EXPECT_STREQ(item.child("guid").text().get(), sunset.c_str());
   EXPECT_STREQ(item.child("typeText").text().get(), "Image");
   EXPECT_STREQ(item.child("created").attribute("xsi:type").value(), "xsd:dateTime");
