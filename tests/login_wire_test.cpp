@@ -1,28 +1,15 @@
 // Signing in, keys, accounts and version checks, as they go over the wire.
 
-#include <openssl/evp.h>
-
 #include "brenmoor/brenmoor.h"
+#include "independent_md5.h"
 #include "wire_fixture.h"
 
 namespace brenmoor {
 namespace {
 
+using testing::md5;
 using testing::Reply;
 using testing::scalarAnswer;
-
-// An independent MD5, so these tests do not check the library against itself.
-std::string md5(const std::string& text) {
-  unsigned char digest[EVP_MAX_MD_SIZE];
-  unsigned int size = 0;
-  EVP_Digest(text.data(), text.size(), digest, &size, EVP_md5(), nullptr);
-  std::string out;
-  for (unsigned i = 0; i < size; ++i) {
-    out += "0123456789abcdef"[digest[i] >> 4];
-    out += "0123456789abcdef"[digest[i] & 15];
-  }
-  return out;
-}
 
 std::string element(const std::string& body, const std::string& name) {
   auto open = body.find("<" + name + " ");

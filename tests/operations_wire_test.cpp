@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "brenmoor/brenmoor.h"
+#include "independent_md5.h"
 #include "wire_fixture.h"
 
 namespace brenmoor {
@@ -18,6 +19,7 @@ struct Endpoint {
 };
 constexpr Endpoint kLogin{"/services/Login", "urn:telvane-login"};
 constexpr Endpoint kMain{"/services/Telvane", "urn:telvane-main"};
+constexpr Endpoint kAccounts{"/services/Accounts", "urn:telvane-accounts"};
 constexpr Endpoint kAssets{"/services/Assets", "urn:telvane-assets"};
 constexpr Endpoint kFixedAssets{"/fixed/services/Assets", "urn:telvane-assets"};
 constexpr bool kKey = true, kNoKey = false;
@@ -195,6 +197,41 @@ TEST_F(OperationsWire, EachOperationSendsItsElementsToItsService) {
       {[](Z& s) { s.deleteAsset("a-1"); }, "deleteAsset", "assetGuid=a-1", kAssets, kNoKey},
       {[](Z& s) { s.getAssetPreviewUrl("a-1", 7); }, "getAssetPreviewUrl", "assetGuid=a-1", kAssets,
        kNoKey},
+      {[](Z& s) { s.createUserAccount("Ann", "Lee", "ann@x", "pw"); }, "createUserAccount",
+       "firstName=Ann lastName=Lee email=ann@x password=pw", kAccounts, kNoKey},
+      {[](Z& s) { s.createUserInAccount("K1", "Ann", "Lee", "ann@x", "pw", "admin"); },
+       "createUserInAccount",
+       "accountKey=K1 firstName=Ann lastName=Lee email=ann@x password=pw accountType=admin",
+       kAccounts, kNoKey},
+      {[](Z& s) { s.sendEmail("bo@x", "Hi", "Body"); }, "sendEmail", "to=bo@x subject=Hi msg=Body"},
+      {[](Z& s) { s.terminateUserAccount_Async(); }, "terminateUserAccount_Async", "", kAccounts},
+      {[](Z& s) { s.terminateUserAccount_Result("p-1;M"); }, "terminateUserAccount_Result",
+       "procGuid=p-1", kAccounts},
+      {[](Z& s) { s.getRegistrationList("p-1"); }, "getRegistrationList_Array",
+       "projectGuid=p-1 maxRecords:int=0 sortBy="},
+      {[](Z& s) { s.addRegisteredUser("p-1", "", "c@x", "C", "D", "pw"); }, "addRegisteredUser",
+       "projectGuid=p-1 userGuid= email=c@x firstName=C lastName=D password=pw customXML= "
+       "userIP= userHostName="},
+      {[](Z& s) { s.deleteRegisteredUser("p-1", "", "c@x"); }, "deleteRegisteredUser",
+       "projectGuid=p-1 userGuid= email=c@x"},
+      {[](Z& s) { s.updateRegisteredUserPassword("p-1", "u-1", "", "pw2"); },
+       "updateRegisteredUserPassword", "projectGuid=p-1 userGuid=u-1 email= password=pw2"},
+      {[](Z& s) { s.updateRegisteredUserName("p-1", "u-1", "", "E", "F"); },
+       "updateRegisteredUserName", "projectGuid=p-1 userGuid=u-1 email= firstName=E lastName=F"},
+      {[](Z& s) { s.updateRegisteredUserCustomXML("p-1", "", "c@x", "<x/>"); },
+       "updateRegisteredUserCustomXML", "projectGuid=p-1 userGuid= email=c@x customXML=<x/>"},
+      {[](Z& s) { s.initiateServiceOrder(); }, "initiateServiceOrder", "", kAccounts},
+      {[](Z& s) { s.getAccountName("K1"); }, "getAccountNameFromKey", "accountKey=K1", kAccounts,
+       kNoKey},
+      {[](Z& s) { s.isUserAccountValid("K1", "ann@x", "pw"); }, "isUserAccountValid",
+       "accountKey=K1 email=ann@x passwordHash=" + testing::md5(testing::md5("pw") + "ann@xK1"),
+       kAccounts, kNoKey},
+      {[](Z& s) { s.changeUserPassword("pw2"); }, "changeUserPassword",
+       "passwordHash=" + testing::md5("pw2"), kAccounts},
+      {[](Z& s) { s.areDeploymentsDisabled(); }, "areDeploymentsDisabled", "", kAccounts},
+      {[](Z& s) { s.getQuotaList(); }, "getQuotaList_Array", "excludeProjectGuid=", kAccounts},
+      {[](Z& s) { s.getServiceOrderPeriod("disk"); }, "getServiceOrderPeriod", "quotaType=disk",
+       kAccounts},
   };
 
   for (const Row& row : rows) {

@@ -2,6 +2,7 @@
 // Brenmoor: the client library of the Telvane services.
 
 #include "brenmoor/asset.h"
+#include "brenmoor/client.h"
 #include "brenmoor/collection.h"
 #include "brenmoor/contact_form.h"
 #include "brenmoor/data_record.h"
@@ -11,6 +12,7 @@
 #include "brenmoor/field.h"
 #include "brenmoor/host.h"
 #include "brenmoor/project.h"
+#include "brenmoor/quota.h"
 #include "brenmoor/template.h"
 #include "brenmoor/trace.h"
 #include "brenmoor/user_account_info.h"

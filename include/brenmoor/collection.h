@@ -1,6 +1,7 @@
 #pragma once
 // An ordered, 1-based list, as list operations return it. Records are held by shared pointer,
-// since the host may keep an item after dropping the list; strings and numbers by value.
+// since the host may keep an item after dropping the list; plain values (numbers, strings,
+// dates) by value.
 
 #include <cstdint>
 #include <memory>
@@ -8,15 +9,19 @@
 #include <type_traits>
 #include <vector>
 
+#include "brenmoor/date.h"
 #include "brenmoor/error.h"
 
 namespace brenmoor {
 
 template <class T>
+inline constexpr bool kHeldByValue =
+    std::is_arithmetic_v<T> || std::is_same_v<T, std::string> || std::is_same_v<T, Date>;
+
+template <class T>
 class Collection {
  public:
-  using value_type = std::conditional_t<std::is_arithmetic_v<T> || std::is_same_v<T, std::string>,
-                                        T, std::shared_ptr<T>>;
+  using value_type = std::conditional_t<kHeldByValue<T>, T, std::shared_ptr<T>>;
 
   int32_t Count() const noexcept { return static_cast<int32_t>(items_.size()); }
 

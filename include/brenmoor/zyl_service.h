@@ -22,11 +22,13 @@
 #include <vector>
 
 #include "brenmoor/asset.h"
+#include "brenmoor/client.h"
 #include "brenmoor/collection.h"
 #include "brenmoor/data_record.h"
 #include "brenmoor/deployment.h"
 #include "brenmoor/host.h"
 #include "brenmoor/project.h"
+#include "brenmoor/quota.h"
 #include "brenmoor/template.h"
 #include "brenmoor/trace.h"
 #include "brenmoor/user_account_info.h"
@@ -292,6 +294,59 @@ class ZylService {
   bool deleteAsset(const std::string& assetGuid);
   // `repID` is accepted and not sent: the service previews the first representation.
   std::string getAssetPreviewUrl(const std::string& assetGuid, int16_t repID = 0);
+
+  // --- Users and e-mail -------------------------------------------------------------------
+  // A new user with an account of their own, or a new user in the account with `accountKey`.
+  // Neither needs a session; the password travels as given, on these two calls only.
+  bool createUserAccount(const std::string& firstName, const std::string& lastName,
+                         const std::string& email, const std::string& Password);
+  bool createUserInAccount(const std::string& accountKey, const std::string& firstName,
+                           const std::string& lastName, const std::string& email,
+                           const std::string& Password, const std::string& accountType);
+  // Sends an e-mail through the service (waiting up to 32 s of silence).
+  bool sendEmail(const std::string& emailTo, const std::string& subject, const std::string& msg);
+  // Ends the signed-in user's account in the background: a procGuid to follow with
+  // isProcessComplete() and the calls beside it, then to end with terminateUserAccount_Result().
+  std::string terminateUserAccount_Async();
+  bool terminateUserAccount_Result(const std::string& procGuid);
+
+  // --- Registrants ------------------------------------------------------------------------
+  // The registrants of a project; `maxRecords` 0 and an empty `sortBy` leave both to the
+  // service.
+  std::shared_ptr<Collection<Client>> getRegistrationList(const std::string& projectGuid,
+                                                          int16_t maxRecords = 0,
+                                                          const std::string& sortBy = "");
+  // The new registrant's guid.
+  std::string addRegisteredUser(const std::string& projectGuid, const std::string& userGuid,
+                                const std::string& email, const std::string& firstName,
+                                const std::string& lastName, const std::string& Password,
+                                const std::string& customXML = "", const std::string& userIP = "",
+                                const std::string& userHostName = "");
+  // These name the registrant by `userGuid` or `email`; with neither they show a message box
+  // (whatever the alert switch says), send nothing and return false.
+  bool deleteRegisteredUser(const std::string& projectGuid, const std::string& userGuid = "",
+                            const std::string& email = "");
+  bool updateRegisteredUserPassword(const std::string& projectGuid, const std::string& userGuid,
+                                    const std::string& email, const std::string& Password);
+  bool updateRegisteredUserName(const std::string& projectGuid, const std::string& userGuid,
+                                const std::string& email, const std::string& firstName,
+                                const std::string& lastName);
+  bool updateRegisteredUserCustomXML(const std::string& projectGuid, const std::string& userGuid,
+                                     const std::string& email, const std::string& customXML);
+
+  // --- Quotas, service orders and account checks ------------------------------------------
+  std::string initiateServiceOrder();
+  // The name of the account with this key; needs no session.
+  std::string getAccountName(const std::string& accountKey);
+  // Whether the user may use the account; needs no session. Only a digest of the password,
+  // mixed with the e-mail address and the account key, is sent.
+  bool isUserAccountValid(const std::string& accountKey, const std::string& email,
+                          const std::string& Password);
+  // Sends only the new password's digest.
+  bool changeUserPassword(const std::string& Password);
+  bool areDeploymentsDisabled();
+  std::shared_ptr<Collection<Quota>> getQuotaList(const std::string& excludeProjectGuid = "");
+  std::shared_ptr<Collection<Date>> getServiceOrderPeriod(const std::string& quotatype = "");
 
  private:
   std::unique_ptr<service::State> state_;

@@ -86,8 +86,9 @@ Outcome run(State& state, const Settings& settings,
     if (state.useProxy) transport.setProxy("localhost", 8080);
     if (state.trace) transport.setTrace(&state.trace);
 
-    const std::string url = settings.processHandle ? serviceUrlForCode(state.baseUrl, "M")
-                            : baseUrl.empty()      ? state.endpoint(settings.service)
+    const std::string url = settings.processHandle
+                                ? serviceUrlForCode(state.baseUrl, settings.processService)
+                            : baseUrl.empty() ? state.endpoint(settings.service)
                                               : std::string(baseUrl) + std::string(service.path);
     const soap::Answer answer = transport.send(url, text);
     if (answer.isFault()) {

@@ -67,9 +67,11 @@ struct Settings {
   FaultAlert alert;
   Fallback afterFault = Fallback::FailureValue;
   Fallback afterFailure = Fallback::FailureValue;
-  // The one value is a procGuid ("id;code"): only its id is sent, to the main service, and one
-  // without ";" is refused unsent, without an alert or an error.
+  // The last value is a procGuid ("id;code"): only its id is sent, to the service of
+  // `processService` (a service code), and one without ";" is refused unsent, without an alert
+  // or an error.
   bool processHandle = false;
+  std::string_view processService = "M";
   std::string_view sinceVersion;  // not sent to servers older than this
 };
 
@@ -189,9 +191,13 @@ class Operation {
   constexpr Operation emptyAfterFailure() const {
     return with([](auto& o) { o.settings_.afterFailure = Fallback::EmptyObject; });
   }
-  constexpr Operation forProcess() const {
-    static_assert(N == 1, "a process operation sends the procGuid alone");
-    return with([](auto& o) { o.settings_.processHandle = true; });
+  // The procGuid goes last; its answer comes from the service with code `service`.
+  constexpr Operation forProcess(std::string_view service = "M") const {
+    static_assert(N >= 1, "a process operation sends a procGuid");
+    return with([service](auto& o) {
+      o.settings_.processHandle = true;
+      o.settings_.processService = service;
+    });
   }
   constexpr Operation since(std::string_view version) const {
     return with([version](auto& o) { o.settings_.sinceVersion = version; });
