@@ -148,9 +148,11 @@ Answer finish(CURLcode rc, CURL* easy, Transfer& x, const std::string& url, cons
 }  // namespace
 
 // One libcurl handle per service object: it keeps its connections, its resolver cache and its
-// buffers from call to call. The header lists differ only by the action, one per service.
+// buffers from call to call. The header lists differ only by the action, one per service. The
+// share carries the session's cookies to the upload handles as well.
 struct ConnectionPool::Handles {
   CURL* easy = nullptr;
+  CURLSH* share = nullptr;
   std::vector<std::pair<std::string, curl_slist*>> headersByAction;
   // What the handle was last given: calls to one service set nothing again.
   std::string url;
@@ -162,6 +164,7 @@ struct ConnectionPool::Handles {
   ~Handles() {
     for (auto& [action, list] : headersByAction) curl_slist_free_all(list);
     if (easy) curl_easy_cleanup(easy);
+    if (share) curl_share_cleanup(share);  // after the handle that used it
   }
 
   curl_slist* headersFor(std::string_view action) {
@@ -188,6 +191,12 @@ ConnectionPool::ConnectionPool() : handles_(std::make_unique<Handles>()) {
   CURL* e = curl_easy_init();
   if (!e) throw Failure(kGeneralFailure, "Out of memory creating an HTTP handle");
   handles_->easy = e;
+  CURLSH* share = curl_share_init();
+  if (!share) throw Failure(kGeneralFailure, "Out of memory creating an HTTP handle");
+  handles_->share = share;
+  curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+  curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
+  shareWith(e);
   static const std::string userAgent = std::string("Brenmoor/") + kVersionString;
   curl_easy_setopt(e, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(e, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
@@ -203,6 +212,12 @@ ConnectionPool::ConnectionPool() : handles_(std::make_unique<Handles>()) {
 }
 
 ConnectionPool::~ConnectionPool() = default;
+
+void ConnectionPool::shareWith(void* easy) {
+  // "" turns the cookie engine on without reading a file; nothing names a file to write.
+  curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
+  curl_easy_setopt(easy, CURLOPT_SHARE, handles_->share);
+}
 
 HttpTransport::HttpTransport(ConnectionPool& pool, const AnswerLimits& limits)
     : pool_(pool), limits_(limits) {}

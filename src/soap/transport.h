@@ -1,6 +1,7 @@
 #pragma once
 // HTTP transport for SOAP requests, on libcurl. One transport serves one call; the connection
 // pool outlives calls, so that one libcurl handle and its kept-alive connections serve them all.
+// The pool also holds the service's cookies, in memory only, for its calls and its uploads.
 
 #include <cstdint>
 #include <memory>
@@ -21,6 +22,10 @@ class ConnectionPool {
 
  private:
   friend class HttpTransport;
+  friend class FileUpload;
+  // Gives another libcurl easy handle this pool's cookies and resolver cache.
+  void shareWith(void* easy);
+
   struct Handles;
   std::unique_ptr<Handles> handles_;
 };

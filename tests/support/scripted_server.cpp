@@ -64,9 +64,9 @@ bool readRequest(int fd, std::string& buffer, RecordedRequest& request, bool& ke
     if (!fill(fd, buffer)) return false;
   }
   std::istringstream head(buffer.substr(0, headEnd));
-  std::string line, version;
+  std::string line;
   std::getline(head, line);
-  std::istringstream(line) >> request.method >> request.target >> version;
+  std::istringstream(line) >> request.method >> request.target >> request.version;
   while (std::getline(head, line)) {
     if (line.ends_with('\r')) line.pop_back();
     const auto colon = line.find(':');
@@ -82,19 +82,21 @@ bool readRequest(int fd, std::string& buffer, RecordedRequest& request, bool& ke
   }
   request.body = buffer.substr(0, size);
   buffer.erase(0, size);
-  keepAlive =
-      version == "HTTP/1.1" && request.header("Connection").find("close") == std::string::npos;
+  keepAlive = request.version == "HTTP/1.1" &&
+              request.header("Connection").find("close") == std::string::npos;
   return true;
 }
 
 // Whether the connection may carry another request.
 bool sendReply(int fd, const Reply& reply, bool keepAlive) {
   if (reply.kind == Reply::Kind::Drop) return false;
-  const std::string head = "HTTP/1.1 " + std::to_string(reply.status) +
-                           (reply.status == 200 ? " OK" : " Scripted") +
-                           "\r\nContent-Type: " + reply.contentType +
-                           "\r\nContent-Length: " + std::to_string(reply.body.size()) +
-                           (keepAlive ? "" : "\r\nConnection: close") + "\r\n\r\n";
+  std::string head = "HTTP/1.1 " + std::to_string(reply.status) +
+                     (reply.status == 200 ? " OK" : " Scripted") +
+                     "\r\nContent-Type: " + reply.contentType +
+                     "\r\nContent-Length: " + std::to_string(reply.body.size()) +
+                     (keepAlive ? "" : "\r\nConnection: close") + "\r\n";
+  for (const auto& line : reply.headers) head += line + "\r\n";
+  head += "\r\n";
   if (reply.kind == Reply::Kind::Truncate) {
     sendAll(fd, head + reply.body.substr(0, reply.body.size() / 2));
     return false;

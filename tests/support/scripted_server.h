@@ -19,6 +19,7 @@ namespace brenmoor::testing {
 struct RecordedRequest {
   std::string method;
   std::string target;
+  std::string version;                                       // "HTTP/1.1"
   std::vector<std::pair<std::string, std::string>> headers;  // in order, as received
   std::string body;
 
@@ -42,6 +43,7 @@ struct Reply {
   int status = 200;
   std::string contentType = "text/xml; charset=utf-8";
   std::string body;
+  std::vector<std::string> headers;    // more header lines, such as "Set-Cookie: s=1"
   std::chrono::milliseconds delay{0};  // silence before anything is sent
   Kind kind = Kind::Normal;
 
