@@ -35,10 +35,15 @@ cli guid
 cli compatible
 cli --user demo@example.com --password demo accounts
 cli --user demo@example.com --password demo --account 1001 login
+cli --user demo@example.com --password demo connect
+echo "\$ BRENMOOR_PASSWORD=demo brenmoor --trace --user demo@example.com accounts   (secrets masked)"
+BRENMOOR_PASSWORD=demo ./build/tools/brenmoor --url "$url" --trace --user demo@example.com accounts 2>&1
+echo
 
 as_demo=(--user demo@example.com --password demo --account 1001)
 cli "${as_demo[@]}" templates list
 cli "${as_demo[@]}" themes list
+cli "${as_demo[@]}" --json themes list
 cli "${as_demo[@]}" records show --theme theme-classroom
 echo "\$ brenmoor ${as_demo[*]} projects create Launch --description 'Spring launch'"
 project=$(./build/tools/brenmoor --url "$url" "${as_demo[@]}" projects create Launch --description "Spring launch")
@@ -56,6 +61,9 @@ echo "\$ brenmoor ${as_demo[*]} --max-answer-bytes 2000 templates list   (refuse
 echo
 echo "\$ brenmoor --user demo@example.com --password wrong accounts   (fails on purpose)"
 ./build/tools/brenmoor --url "$url" --user demo@example.com --password wrong accounts || echo "exit status $?"
+echo
+echo "\$ brenmoor --url http://127.0.0.1:1 ping   (nothing listens there: fails on purpose)"
+./build/tools/brenmoor --url http://127.0.0.1:1 ping || echo "exit status $?"
 echo
 echo "Sandbox requests:"
 cat "$data/sandbox.log"

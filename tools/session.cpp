@@ -49,6 +49,11 @@ bool selectAccount(ZylService& service, Context& context) {
 }  // namespace
 
 int failed(const ZylService& service, const std::string& what) {
+  // A fault leaves the pair alone: the service's own text has gone to stderr already.
+  if (service.lastErrID() == 0 && service.lastErrMsg().empty()) {
+    std::cerr << "brenmoor: " << what << " failed\n";
+    return kCallFailed;
+  }
   std::cerr << "brenmoor: " << what << " failed (error " << service.lastErrID()
             << "): " << service.lastErrMsg() << '\n';
   return exitCodeFor(service.lastErrID());

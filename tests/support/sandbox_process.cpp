@@ -7,19 +7,25 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
+#include <memory>
 #include <random>
 #include <stdexcept>
 
 namespace brenmoor::testing {
 namespace {
 
-pid_t spawn(const std::vector<std::string>& argv, int stdoutFd) {
+// Standard input is /dev/null, so that no child waits for a terminal.
+pid_t spawn(const std::vector<std::string>& argv, int stdoutFd, int stderrFd = STDERR_FILENO) {
   std::vector<char*> args;
   for (const auto& a : argv) args.push_back(const_cast<char*>(a.c_str()));
   args.push_back(nullptr);
   pid_t pid = fork();
   if (pid == 0) {
     dup2(stdoutFd, STDOUT_FILENO);
+    dup2(stderrFd, STDERR_FILENO);
+    const int nothing = open("/dev/null", O_RDONLY);
+    if (nothing >= 0) dup2(nothing, STDIN_FILENO);
     execv(args[0], args.data());
     _exit(127);
   }
@@ -83,7 +89,10 @@ SandboxProcess::~SandboxProcess() {
 ProgramRun runProgram(const std::vector<std::string>& argv) {
   int fds[2];
   if (pipe(fds) != 0) throw std::runtime_error("pipe failed");
-  pid_t pid = spawn(argv, fds[1]);
+  // A file, not a second pipe: a child that fills one pipe while we read the other would stall.
+  std::unique_ptr<FILE, int (*)(FILE*)> err(std::tmpfile(), &std::fclose);
+  if (!err) throw std::runtime_error("tmpfile failed");
+  pid_t pid = spawn(argv, fds[1], fileno(err.get()));
   close(fds[1]);
   ProgramRun run;
   run.out = readUntil(fds[0], std::chrono::seconds(60), [](const std::string&) { return false; });
@@ -91,6 +100,9 @@ ProgramRun runProgram(const std::vector<std::string>& argv) {
   int status = 0;
   waitpid(pid, &status, 0);
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  std::rewind(err.get());
+  char buf[4096];
+  for (size_t n; (n = std::fread(buf, 1, sizeof buf, err.get())) > 0;) run.err.append(buf, n);
   return run;
 }
 

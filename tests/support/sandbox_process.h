@@ -25,10 +25,11 @@ class SandboxProcess {
   std::string baseUrl_;
 };
 
-// Runs a program to completion and keeps its exit status and standard output.
+// Runs a program to completion, standard input empty, and keeps its exit status and output.
 struct ProgramRun {
   int status = -1;
   std::string out;
+  std::string err;
 };
 ProgramRun runProgram(const std::vector<std::string>& argv);
 
