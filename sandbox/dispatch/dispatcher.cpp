@@ -36,7 +36,11 @@ std::string collapse_slashes(std::string_view path) {
 }
 
 const Service* Dispatcher::find_service(std::string_view path) const {
-  const std::string normalised = collapse_slashes(path);
+  std::string normalised = collapse_slashes(path);
+  // The fixed URL is the server's canonical address: its services answer there as well.
+  if (normalised.starts_with(std::string(kFixedUrlPrefix) + "/")) {
+    normalised.erase(0, kFixedUrlPrefix.size());
+  }
   for (const Service* service : services_) {
     if (service->path == normalised) return service;
   }
