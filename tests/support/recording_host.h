@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -36,9 +38,20 @@ class RecordingHost : public Host {
   }
   void contactOkShown(const ContactForm&) override { formSteps.push_back("OK shown"); }
 
+  void CreateAssetProgress(int32_t percent) override {
+    progress.push_back(percent);
+    if (onProgress) onProgress(percent);
+  }
+  void CreateAssetFileProgress(int32_t percent, const std::string& filename) override {
+    fileProgress.push_back(filename + " " + std::to_string(percent));
+  }
+
   std::vector<Box> boxes;
   std::vector<std::string> formSteps;
   bool throwOnShow = false;
+  std::vector<int32_t> progress;
+  std::vector<std::string> fileProgress;
+  std::function<void(int32_t)> onProgress;
 };
 
 }  // namespace brenmoor::testing
