@@ -20,6 +20,7 @@ struct Endpoint {
 constexpr Endpoint kLogin{"/services/Login", "urn:telvane-login"};
 constexpr Endpoint kMain{"/services/Telvane", "urn:telvane-main"};
 constexpr Endpoint kAccounts{"/services/Accounts", "urn:telvane-accounts"};
+constexpr Endpoint kReports{"/services/Reports", "urn:telvane-reports"};
 constexpr Endpoint kAssets{"/services/Assets", "urn:telvane-assets"};
 constexpr Endpoint kFixedAssets{"/fixed/services/Assets", "urn:telvane-assets"};
 constexpr bool kKey = true, kNoKey = false;
@@ -71,6 +72,8 @@ TEST_F(OperationsWire, EachOperationSendsItsElementsToItsService) {
                               " minor:int=" + std::to_string(kVersionMinor) +
                               " revision:int=" + std::to_string(kVersionRevision);
   const std::string login = "challenge=c-1 response=* username=ann";
+  const std::string kRange = "startDate:dateTime=* endDate:dateTime=*";
+  const std::string kPageRange = "pageGuid=pg " + kRange;
   const std::vector<Row> rows = {
       {[](Z& s) { s.loginUnencryptedPassword("ann", "pw"); }, "getChallenge", "", kLogin, kNoKey},
       {{}, "userLogin", login, kLogin, kNoKey},
@@ -232,6 +235,45 @@ TEST_F(OperationsWire, EachOperationSendsItsElementsToItsService) {
       {[](Z& s) { s.getQuotaList(); }, "getQuotaList_Array", "excludeProjectGuid=", kAccounts},
       {[](Z& s) { s.getServiceOrderPeriod("disk"); }, "getServiceOrderPeriod", "quotaType=disk",
        kAccounts},
+      {[](Z& s) { s.getReport("anyReport", "pg"); }, "anyReport", kPageRange, kReports, kNoKey},
+      {[](Z& s) { s.getTotalPageHits("pg"); }, "getTotalPageHits", kPageRange, kReports, kNoKey},
+      {[](Z& s) { s.getTotalPageViewTime("pg"); }, "getTotalPageViewTime", kPageRange, kReports,
+       kNoKey},
+      {[](Z& s) { s.getLimitedPageViewTime("pg", {}, {}, true); }, "getLimitedPageViewTime",
+       kPageRange + " useDurationOnly:boolean=true", kReports, kNoKey},
+      {[](Z& s) { s.getLimitedUserViewerTime("event", "page"); }, "getLimitedUserViewerTime",
+       kRange + " projectType=event templateType=page", kReports, kNoKey},
+      {[](Z& s) { s.getUserStorageUsed("event", "page"); }, "getUserStorageUsed",
+       "projectType=event templateType=page", kReports, kNoKey},
+      {[](Z& s) { s.getTotalParticipants("pg"); }, "getTotalParticipants", kPageRange, kReports,
+       kNoKey},
+      {[](Z& s) { s.getTotalNonparticipants("pg"); }, "getTotalNonparticipants", kPageRange,
+       kReports, kNoKey},
+      {[](Z& s) { s.getTotalParticipantRegistrants("pg"); }, "getTotalParticipantRegistrants",
+       kPageRange, kReports, kNoKey},
+      {[](Z& s) { s.getTotalRegistrants("pg"); }, "getTotalRegistrants", "pageGuid=pg", kReports,
+       kNoKey},
+      {[](Z& s) { s.getUniquePageHits("pg", {}, {}, "country", "=", "NZ"); }, "getUniquePageHits",
+       kPageRange + " filter=country filterOperator== filterValue=NZ", kReports, kNoKey},
+      {[](Z& s) { s.getPageHitList("pg"); }, "getPageHitList_Array", kPageRange, kReports, kNoKey},
+      {[](Z& s) { s.getParticipantList("pg"); }, "getParticipantList_Array", kPageRange, kReports,
+       kNoKey},
+      {[](Z& s) { s.getRegistrantList("pg"); }, "getRegistrantList_Array", kPageRange, kReports,
+       kNoKey},
+      {[](Z& s) { s.getPollSummaryResults("pg"); }, "getPollSummaryResults_Array", "pageGuid=pg",
+       kReports, kNoKey},
+      {[](Z& s) { s.getPollResponses("pg"); }, "getPollResponseList_Array", "pageGuid=pg", kReports,
+       kNoKey},
+      {[](Z& s) { s.getSurveyList("pg"); }, "getSurveyList_Array", "pageGuid=pg", kReports, kNoKey},
+      {[](Z& s) { s.getSurveySummary("pg", "sv"); }, "getSurveySummary",
+       "pageGuid=pg surveyGuid=sv", kReports, kNoKey},
+      {[](Z& s) { s.getSurveyResponses("pg", "sv"); }, "getSurveyResponseList_Array",
+       "pageGuid=pg surveyGuid=sv", kReports, kNoKey},
+      {[](Z& s) { s.getQAList("pg"); }, "getQAList_Array", kPageRange, kReports, kNoKey},
+      {[](Z& s) { s.updateQAItem("q-1", "Yes"); }, "updateQAItem",
+       "guid=q-1 answer=Yes question= name= location=", kReports, kNoKey},
+      {[](Z& s) { s.updateQAItemStatus("q-1", "answered"); }, "updateQAItemStatus",
+       "guid=q-1 status=answered", kReports, kNoKey},
   };
 
   for (const Row& row : rows) {

@@ -13,6 +13,7 @@
 #include "brenmoor/host.h"
 #include "brenmoor/project.h"
 #include "brenmoor/quota.h"
+#include "brenmoor/report.h"
 #include "brenmoor/template.h"
 #include "brenmoor/trace.h"
 #include "brenmoor/user_account_info.h"

@@ -18,6 +18,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@
 #include "brenmoor/host.h"
 #include "brenmoor/project.h"
 #include "brenmoor/quota.h"
+#include "brenmoor/report.h"
 #include "brenmoor/template.h"
 #include "brenmoor/trace.h"
 #include "brenmoor/user_account_info.h"
@@ -347,6 +349,73 @@ class ZylService {
   bool areDeploymentsDisabled();
   std::shared_ptr<Collection<Quota>> getQuotaList(const std::string& excludeProjectGuid = "");
   std::shared_ptr<Collection<Date>> getServiceOrderPeriod(const std::string& quotatype = "");
+
+  // --- Reports ----------------------------------------------------------------------------
+  // A report's range runs from `startDate` (the zero date, 30 December 1899, when not given)
+  // to `endDate` (now when not given); both are local times, sent as UTC. Reports need the
+  // session of a sign-in with an account selected, and send no key.
+
+  // Any report that takes a page and a range, by the name of its operation.
+  double getReport(const std::string& reportName, const std::string& pageGuid,
+                   const std::optional<Date>& startDate = {},
+                   const std::optional<Date>& endDate = {});
+  int16_t getTotalPageHits(const std::string& pageGuid, const std::optional<Date>& startDate = {},
+                           const std::optional<Date>& endDate = {});
+  int16_t getTotalPageViewTime(const std::string& pageGuid,
+                               const std::optional<Date>& startDate = {},
+                               const std::optional<Date>& endDate = {});
+  double getLimitedPageViewTime(const std::string& pageGuid,
+                                const std::optional<Date>& startDate = {},
+                                const std::optional<Date>& endDate = {},
+                                bool useDurationOnly = false);
+  double getLimitedUserViewerTime(const std::string& projectType, const std::string& templateType,
+                                  const std::optional<Date>& startDate = {},
+                                  const std::optional<Date>& endDate = {});
+  int32_t getUserStorageUsed(const std::string& projectType, const std::string& templateType);
+  int16_t getTotalParticipants(const std::string& pageGuid,
+                               const std::optional<Date>& startDate = {},
+                               const std::optional<Date>& endDate = {});
+  int16_t getTotalNonparticipants(const std::string& pageGuid,
+                                  const std::optional<Date>& startDate = {},
+                                  const std::optional<Date>& endDate = {});
+  int16_t getTotalParticipantRegistrants(const std::string& pageGuid,
+                                         const std::optional<Date>& startDate = {},
+                                         const std::optional<Date>& endDate = {});
+  int16_t getTotalRegistrants(const std::string& pageGuid);
+  // Hits by distinct viewers, optionally only those whose `filter` property compares by
+  // `filterOperator` with `filterValue`.
+  int16_t getUniquePageHits(const std::string& pageGuid, const std::optional<Date>& startDate = {},
+                            const std::optional<Date>& endDate = {}, const std::string& filter = "",
+                            const std::string& filterOperator = "",
+                            const std::string& filterValue = "");
+  std::shared_ptr<Collection<PageHitInfo>> getPageHitList(const std::string& pageGuid,
+                                                          const std::optional<Date>& startDate = {},
+                                                          const std::optional<Date>& endDate = {});
+  std::shared_ptr<Collection<PageViewerInfo>> getParticipantList(
+      const std::string& pageGuid, const std::optional<Date>& startDate = {},
+      const std::optional<Date>& endDate = {});
+  std::shared_ptr<Collection<PageViewerInfo>> getRegistrantList(
+      const std::string& pageGuid, const std::optional<Date>& startDate = {},
+      const std::optional<Date>& endDate = {});
+
+  // --- Polls, surveys and questions -------------------------------------------------------
+  std::shared_ptr<Collection<PollQuestion>> getPollSummaryResults(const std::string& pageGuid);
+  // Empty, and nothing sent, against servers older than 3.2.4.60 (or before Ping or sign-in
+  // has learnt the version).
+  std::vector<PollResponse> getPollResponses(const std::string& pageGuid);
+  std::shared_ptr<Collection<Survey>> getSurveyList(const std::string& pageGuid);
+  std::shared_ptr<Survey> getSurveySummary(const std::string& pageGuid,
+                                           const std::string& surveyGuid);
+  std::vector<SurveyResponse> getSurveyResponses(const std::string& pageGuid,
+                                                 const std::string& surveyGuid);
+  std::shared_ptr<Collection<QAItem>> getQAList(const std::string& pageGuid,
+                                                const std::optional<Date>& startDate = {},
+                                                const std::optional<Date>& endDate = {});
+  // Both false, and nothing sent, against servers older than 3.2.4.60.
+  bool updateQAItem(const std::string& itemGuid, const std::string& answer,
+                    const std::string& question = "", const std::string& name = "",
+                    const std::string& location = "");
+  bool updateQAItemStatus(const std::string& itemGuid, const std::string& status);
 
  private:
   std::unique_ptr<service::State> state_;
