@@ -90,7 +90,8 @@ class Md5Stream {
     std::array<std::uint32_t, 16> words;
     for (std::size_t i = 0; i < words.size(); ++i) words[i] = loadLittleEndian(block + 4 * i);
 
-    auto [a, b, c, d] = state_;
+    // Plain locals rather than structured bindings: clang 14 cannot capture bindings.
+    std::uint32_t a = state_[0], b = state_[1], c = state_[2], d = state_[3];
     const auto step = [&](std::size_t index, std::uint32_t mixed, std::size_t wordIndex) {
       const int rotation = kRotations[index / 16][index % 4];
       const std::uint32_t sum = a + mixed + kSineConstants[index] + words[wordIndex];
