@@ -71,7 +71,7 @@ TEST_F(EndToEnd, SignsInListsAndSelectsAccountsAndSignsOut) {
   EXPECT_TRUE(service.logout());
   EXPECT_EQ(service.getAccounts(), nullptr);
   EXPECT_EQ(service.lastErrMsg(), "Session has ended");
-  EXPECT_EQ(service.lastErrID(), 0);  // server texts after "Exception:" leave the number alone
+  EXPECT_EQ(service.lastErrID(), 0);  // a server text after "Exception:" leaves the number alone
 }
 
 TEST_F(EndToEnd, BuildsAProjectClearsItWhileWatchingAndDeletesIt) {

@@ -84,6 +84,8 @@ TEST_F(ServiceWire, ShowsAnApplicationFaultWithoutTouchingTheErrorPair) {
 
 TEST_F(ServiceWire, ReportsEachTransportFailureByItsRow) {
   service.ShowAlerts(true);
+  Reply redirect = Reply::text(301, "moved");
+  redirect.headers.push_back("Location: http://127.0.0.1:1/moved");
   const struct {
     const char* what;
     Reply reply;
@@ -95,6 +97,9 @@ TEST_F(ServiceWire, ReportsEachTransportFailureByItsRow) {
       {"503", Reply::text(503, "busy"), 3, kMaintenance},
       {"404", Reply::text(404, "no"), 3, kMaintenance},
       {"html", Reply::withStatus(200, "<html><body>Sign in</body></html>"), 2, kInvalidUrl},
+      {"redirect", redirect, 3,
+       std::string(kContact) + "\r\nThe server answered HTTP 301 and sends the request to "
+                               "http://127.0.0.1:1/moved: the Telvane URL may have moved."},
       {"malformed", Reply::xml("<soapenv:Envelope"), 2, kInvalidUrl},
       {"empty body", Reply::xml(""), 2, kInvalidUrl},
       {"no return value",
@@ -142,7 +147,7 @@ TEST_F(ServiceWire, ServerExceptionsKeepTheTextAfterException) {
       {"java.lang.Exception: The user id or password you have entered is invalid.", 4,
        "The user id or password you have entered is invalid."},
       {"User Name cannot be empty", -1, "Server.userException : User Name cannot be empty"},
-      {"java.lang.Exception:", 1, ""},  // nothing to show
+      {"java.lang.Exception:", -1, "Server.userException : java.lang.Exception:"},
   };
   for (const auto& row : rows) {
     service.setLastErrID(1);

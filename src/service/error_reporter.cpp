@@ -16,19 +16,15 @@ constexpr const char* kMaintenance =
 // Runtime errors of the library carry their number in the classic HRESULT form.
 constexpr uint32_t kRuntimeErrorBase = 0x800A0000;
 
-// Returns false when the description cannot be used (it ends right after "Exception:").
-bool applyDescription(State& state, const std::string& description) {
+void applyDescription(State& state, const std::string& description) {
   auto at = description.find("Exception:");
-  if (at == std::string::npos) {
+  // Everything after "Exception:" and the one character that follows it (normally a space);
+  // a text that ends there has no cause of its own, so it is shown whole.
+  const size_t from = at == std::string::npos ? at : at + 11;
+  if (from == std::string::npos || from > description.size()) {
     state.lastErrID = -1;
     state.lastErrMsg = description;
-    return true;
-  }
-  // Everything after "Exception:" and the one character that follows it (normally a space).
-  size_t from = at + 11;
-  if (from > description.size()) {
-    state.lastErrMsg.clear();
-    return false;
+    return;
   }
   state.lastErrMsg = description.substr(from);
   if (state.lastErrMsg.find("User Name cannot be") != std::string::npos ||
@@ -36,7 +32,6 @@ bool applyDescription(State& state, const std::string& description) {
           std::string::npos) {
     state.lastErrID = 4;
   }
-  return true;
 }
 
 }  // namespace
@@ -53,9 +48,11 @@ void reportError(State& state, uint32_t code, const std::string& description) {
     case soap::kConnectionRefused: set(3, contact + kUnavailable); break;
     case soap::kUnexpectedStatus:
     case soap::kConnectionReset: set(3, contact + kMaintenance); break;
+    case soap::kRedirected:
+      set(3, contact + description + ": the Telvane URL may have moved.");
+      break;
     default:
-      // A description that ends in "Exception:" leaves nothing to show.
-      if (!applyDescription(state, description)) return;
+      applyDescription(state, description);
   }
   if (state.showAlerts) state.host->messageBox(state.lastErrMsg, "Telvane");
 }

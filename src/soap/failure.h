@@ -13,6 +13,7 @@ enum FailureCode : uint32_t {
   kConnectionReset = 0x80072746,   // reset or closed before a full answer
   kUnusableServer = 0x80044240,    // bad URL, or an answer that is not a SOAP envelope
   kUnexpectedStatus = 0x80044309,  // HTTP status outside 2xx and not 500
+  kRedirected = 0x8004430A,        // an HTTP redirect, which the library does not follow
   kServerFault = 0x80044201,       // the server answered with a SOAP Fault
   kGeneralFailure = 0x80004005,
 };

@@ -98,14 +98,23 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
   return 0;
 }
 
-[[noreturn]] void throwUnexpectedStatus(long status) {
+[[noreturn]] void throwUnexpectedStatus(CURL* easy, long status) {
+  if (status >= 300 && status <= 399) {
+    // The body may have been refused before libcurl worked out the target: read the header.
+    curl_header* location = nullptr;
+    const bool found =
+        curl_easy_header(easy, "Location", 0, CURLH_HEADER, -1, &location) == CURLHE_OK;
+    throw Failure(kRedirected, "The server answered HTTP " + std::to_string(status) +
+                                   " and sends the request to " +
+                                   (found ? std::string(location->value) : "no address"));
+  }
   throw Failure(kUnexpectedStatus, "Unexpected HTTP Status code of " + std::to_string(status));
 }
 
 [[noreturn]] void throwFor(CURLcode rc, CURL* easy, const Transfer& x, const std::string& url,
                            const char* detail) {
   if (x.failure) std::rethrow_exception(x.failure);
-  if (x.refusedStatus) throwUnexpectedStatus(x.refusedStatus);
+  if (x.refusedStatus) throwUnexpectedStatus(easy, x.refusedStatus);
   std::string what = detail[0] ? detail : curl_easy_strerror(rc);
   if (x.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
     throw Failure(kTimedOut, "No answer from " + url + " within " + std::to_string(x.timeoutMs) +
@@ -140,7 +149,7 @@ Answer finish(CURLcode rc, CURL* easy, Transfer& x, const std::string& url, cons
   if (rc != CURLE_OK) throwFor(rc, easy, x, url, errors);
   long status = 0;
   curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
-  if (!acceptedStatus(status)) throwUnexpectedStatus(status);
+  if (!acceptedStatus(status)) throwUnexpectedStatus(easy, status);
   if (!x.parser) x.startParser();
   return x.parser->finish();
 }
