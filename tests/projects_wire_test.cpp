@@ -46,6 +46,11 @@ TEST_F(ProjectsWire, ShowsItsOwnAlertForADuplicateName) {
   ASSERT_EQ(host->boxes.size(), 1u);
   EXPECT_EQ(host->boxes[0].text,
             "A project named Demo already exists. Please select another name for the project");
+  server.enqueue(
+      Reply::xml(testing::wrappedFault("createProject", "tv:DuplicateName", "taken", "1")));
+  EXPECT_EQ(service.createProject("Demo", ""), "");
+  EXPECT_EQ(host->boxes.at(1).text, host->boxes[0].text);
+  host->boxes.pop_back();
   server.enqueue(Reply::xml(testing::applicationFault("tv:Other", "no", "2")));
   EXPECT_EQ(service.createProject("Demo", ""), "");
   EXPECT_EQ(host->boxes[1].text, "Fault:Other urn:telvane-faults no 2 ");

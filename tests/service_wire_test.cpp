@@ -73,11 +73,16 @@ TEST_F(ServiceWire, HandsEachExchangeToTheTraceHandler) {
 TEST_F(ServiceWire, ShowsAnApplicationFaultWithoutTouchingTheErrorPair) {
   service.setLastErrID(1);
   service.setLastErrMsg("earlier");
+  // As a Body entry, and as the first child of the response wrapper.
   server.enqueue(Reply::xml(testing::applicationFault("tv:Refused", "not today", "7")));
+  server.enqueue(Reply::xml(testing::wrappedFault("getGuid", "tv:Refused", "not today", "7")));
   EXPECT_EQ(service.getGuid(), "");
-  ASSERT_EQ(host->boxes.size(), 1u);
-  EXPECT_EQ(host->boxes[0].text, "Fault:Refused urn:telvane-faults not today 7 ");
-  EXPECT_EQ(host->boxes[0].title, "");
+  EXPECT_EQ(service.getGuid(), "");
+  ASSERT_EQ(host->boxes.size(), 2u);
+  for (const auto& box : host->boxes) {
+    EXPECT_EQ(box.text, "Fault:Refused urn:telvane-faults not today 7 ");
+    EXPECT_EQ(box.title, "");
+  }
   EXPECT_EQ(service.lastErrID(), 1);
   EXPECT_EQ(service.lastErrMsg(), "earlier");
 }

@@ -91,9 +91,8 @@ Outcome run(State& state, const Settings& settings,
                             : baseUrl.empty() ? state.endpoint(settings.service)
                                               : std::string(baseUrl) + std::string(service.path);
     const soap::Answer answer = transport.send(url, text);
-    if (answer.isFault()) {
-      if (auto shown = alertText(settings.alert, answer.firstParameter(), alertName);
-          !shown.empty()) {
+    if (const soap::Node fault = answer.fault()) {
+      if (auto shown = alertText(settings.alert, fault, alertName); !shown.empty()) {
         state.host->messageBox(shown, "");
       }
       return Outcome::Faulted;

@@ -113,8 +113,13 @@ Node Answer::firstParameter() const {
   return Node(this, parameters_.front());
 }
 
-bool Answer::isFault() const {
-  return !parameters_.empty() && Node(this, parameters_.front()).name() == "Fault";
+Node Answer::fault() const {
+  if (parameters_.empty()) return {};
+  const Node entry(this, parameters_.front());
+  if (entry.name() == "Fault") return entry;
+  auto children = entry.children();
+  if (!children.empty() && children.front().name() == "Fault") return children.front();
+  return {};
 }
 
 Node Answer::returnNode() const {

@@ -124,8 +124,12 @@ class Answer {
   Node parameter(size_t i) const { return Node(this, parameters_.at(i)); }
   // Throws Failure when the Body is empty.
   Node firstParameter() const;
-  // An application fault: the first entry is named "Fault" (in a namespace of the service's).
-  bool isFault() const;
+  // Whether the answer is an application fault (below).
+  bool isFault() const { return static_cast<bool>(fault()); }
+  // The application fault the answer carries: a Body entry named "Fault", or a "Fault" that is
+  // the first child of the response wrapper (as servers built on parameter-reading toolkits
+  // write it). A null node when there is none.
+  Node fault() const;
   // The first child of the first parameter: the operation's return element. Throws Failure
   // when missing.
   Node returnNode() const;

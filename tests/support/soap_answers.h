@@ -40,4 +40,14 @@ inline std::string applicationFault(const std::string& code, const std::string& 
       "</id></detail></ns1:Fault>");
 }
 
+// The same fault as the first child of the response wrapper, as some servers write it.
+inline std::string wrappedFault(const std::string& op, const std::string& code,
+                                const std::string& text, const std::string& detailId) {
+  return soapEnvelope("<ns1:" + op +
+                      "Response xmlns:ns1=\"urn:telvane-main\"><Fault>"
+                      "<faultcode xmlns:tv=\"urn:telvane-faults\">" +
+                      code + "</faultcode><faultstring>" + text + "</faultstring><detail><id>" +
+                      detailId + "</id></detail></Fault></ns1:" + op + "Response>");
+}
+
 }  // namespace brenmoor::testing
