@@ -1,6 +1,7 @@
 // ZylService against a scripted loopback server: how it posts, and what each kind of failure
 // leaves in lastErrID/lastErrMsg.
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -68,6 +69,18 @@ TEST_F(ServiceWire, HandsEachExchangeToTheTraceHandler) {
   server.enqueue(Reply::xml(answer));
   service.getGuid();
   EXPECT_EQ(seen.size(), 2u);
+}
+
+TEST_F(ServiceWire, EndsACallThatTricklesPastItsDeadline) {
+  service.setCallDeadline(600);
+  server.enqueue(
+      Reply::drip(testing::scalarAnswer("getGuid", "g-1"), std::chrono::milliseconds(50)));
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_EQ(service.getGuid(), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(5));
+  EXPECT_EQ(service.lastErrID(), 1);
+  EXPECT_EQ(service.lastErrMsg(), std::string(kContact) + "\r\nThe whole answer from " +
+                                      service.telvaneUrl() + " took longer than 600 ms");
 }
 
 TEST_F(ServiceWire, ShowsAnApplicationFaultWithoutTouchingTheErrorPair) {

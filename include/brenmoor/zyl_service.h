@@ -79,6 +79,13 @@ class ZylService {
   uint64_t maxAnswerBytes() const;
   void setMaxAnswerBytes(uint64_t bytes);
 
+  // The longest one call may take in milliseconds, however steadily the answer trickles in
+  // (each call also ends after its time-out of silence: 4 s for Ping, 32 s for the long
+  // operations, 15 s for the others). 0, the default, allows 8 times the call's time-out. A
+  // call past it fails with lastErrID() 1 and a text that says the whole answer took too long.
+  int64_t callDeadline() const;
+  void setCallDeadline(int64_t milliseconds);
+
   // --- Set-up -----------------------------------------------------------------------------
   // Stores the base URL and appends each service's path to it exactly as given: nothing is
   // checked or normalised, so "http://h/" gives "http://h//services/Login".

@@ -82,6 +82,7 @@ Outcome run(State& state, const Settings& settings,
 
     soap::HttpTransport transport(state.connections, state.answerLimits);
     if (settings.timeoutMs != kDefaultTimeout) transport.setTimeout(settings.timeoutMs);
+    transport.setDeadline(state.callDeadlineMs);
     transport.setSoapAction(service.namespaceUri);
     if (state.useProxy) transport.setProxy("localhost", 8080);
     if (state.trace) transport.setTrace(&state.trace);

@@ -44,6 +44,7 @@ void reportError(State& state, uint32_t code, const std::string& description) {
   const std::string contact = std::string(kCouldNotContact) + "\r\n";
   switch (code) {
     case soap::kTimedOut: set(1, kCouldNotContact); break;
+    case soap::kPastDeadline: set(1, contact + description); break;
     case soap::kUnusableServer: set(2, contact + kInvalidUrl); break;
     case soap::kConnectionRefused: set(3, contact + kUnavailable); break;
     case soap::kUnexpectedStatus:
@@ -51,8 +52,7 @@ void reportError(State& state, uint32_t code, const std::string& description) {
     case soap::kRedirected:
       set(3, contact + description + ": the Telvane URL may have moved.");
       break;
-    default:
-      applyDescription(state, description);
+    default: applyDescription(state, description);
   }
   if (state.showAlerts) state.host->messageBox(state.lastErrMsg, "Telvane");
 }

@@ -40,6 +40,7 @@ struct State {
   int32_t lastUploadCode = 0;
   std::string lastUploadMessage;
   soap::AnswerLimits answerLimits;
+  int64_t callDeadlineMs = 0;  // 0: a multiple of each call's time-out
   soap::ConnectionPool connections;
 
   const std::string& endpoint(Service service) const;

@@ -86,6 +86,13 @@ void ZylService::setMaxAnswerBytes(uint64_t bytes) {
   state_->answerLimits.maxBytes = bytes;
 }
 
+int64_t ZylService::callDeadline() const {
+  return state_->callDeadlineMs;
+}
+void ZylService::setCallDeadline(int64_t milliseconds) {
+  state_->callDeadlineMs = milliseconds > 0 ? milliseconds : 0;
+}
+
 void ZylService::ShowAlerts(bool val) {
   state_->showAlerts = val;
 }

@@ -8,7 +8,8 @@
 namespace brenmoor::soap {
 
 enum FailureCode : uint32_t {
-  kTimedOut = 0x8007274C,  // no byte moved for the time-out
+  kTimedOut = 0x8007274C,      // no byte moved for the time-out
+  kPastDeadline = 0x8007274B,  // the whole exchange took longer than its deadline
   kConnectionRefused = 0x8007274D,
   kConnectionReset = 0x80072746,   // reset or closed before a full answer
   kUnusableServer = 0x80044240,    // bad URL, or an answer that is not a SOAP envelope

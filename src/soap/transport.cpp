@@ -44,7 +44,9 @@ struct Transfer {
   std::exception_ptr failure;  // thrown while parsing, kept until libcurl has returned
   long refusedStatus = 0;
   bool idleTooLong = false;
+  bool pastDeadline = false;
   int32_t timeoutMs = 0;
+  int64_t deadlineMs = 0;
   curl_off_t lastMoved = 0;       // bytes up plus down at the last movement
   curl_off_t lastMovedAt = 0;     // libcurl's clock, microseconds into the transfer
   std::string* traced = nullptr;  // the answer's bytes, kept only while tracing
@@ -86,6 +88,11 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
   // libcurl has just read its clock for this update: ask it rather than the system again.
   curl_off_t now = 0;
   curl_easy_getinfo(x.easy, CURLINFO_TOTAL_TIME_T, &now);
+  // A server that drips bytes never goes silent: the deadline bounds the whole exchange.
+  if (now >= x.deadlineMs * 1000) {
+    x.pastDeadline = true;
+    return 1;
+  }
   if (down + up != x.lastMoved) {
     x.lastMoved = down + up;
     x.lastMovedAt = now;
@@ -116,6 +123,10 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
   if (x.failure) std::rethrow_exception(x.failure);
   if (x.refusedStatus) throwUnexpectedStatus(easy, x.refusedStatus);
   std::string what = detail[0] ? detail : curl_easy_strerror(rc);
+  if (x.pastDeadline) {
+    throw Failure(kPastDeadline, "The whole answer from " + url + " took longer than " +
+                                 std::to_string(x.deadlineMs) + " ms");
+  }
   if (x.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
     throw Failure(kTimedOut, "No answer from " + url + " within " + std::to_string(x.timeoutMs) +
                                  " ms of inactivity");
@@ -243,6 +254,7 @@ Answer HttpTransport::send(const std::string& url, std::string_view requestText)
   x.url = &url;
   x.limits = &limits_;
   x.timeoutMs = timeoutMs_ > 0 ? timeoutMs_ : kDefaultTimeoutMs;
+  x.deadlineMs = deadlineMs_ > 0 ? deadlineMs_ : int64_t{kDeadlineFactor} * x.timeoutMs;
 
   if (h.url != url) {
     curl_easy_setopt(e, CURLOPT_URL, url.c_str());

@@ -33,11 +33,15 @@ class ConnectionPool {
 class HttpTransport {
  public:
   static constexpr int32_t kDefaultTimeoutMs = 15000;
+  // Unless set, a whole exchange may take this many times the inactivity time-out.
+  static constexpr int32_t kDeadlineFactor = 8;
 
   HttpTransport(ConnectionPool& pool, const AnswerLimits& limits);
 
   // Inactivity time-out: the call fails when no byte has moved for this long.
   void setTimeout(int32_t milliseconds) { timeoutMs_ = milliseconds; }
+  // The longest a whole exchange may take, however steadily bytes arrive; 0: the default.
+  void setDeadline(int64_t milliseconds) { deadlineMs_ = milliseconds; }
   // The action URI; it goes on the wire in double quotes.
   void setSoapAction(std::string_view action) { soapAction_ = action; }
   void setProxy(std::string_view server, int port);
@@ -53,6 +57,7 @@ class HttpTransport {
   ConnectionPool& pool_;
   AnswerLimits limits_;
   int32_t timeoutMs_ = kDefaultTimeoutMs;
+  int64_t deadlineMs_ = 0;
   std::string_view soapAction_;
   std::string proxy_;  // empty: no proxy at all
   const TraceHandler* trace_ = nullptr;

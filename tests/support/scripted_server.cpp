@@ -101,6 +101,14 @@ bool sendReply(int fd, const Reply& reply, bool keepAlive) {
     sendAll(fd, head + reply.body.substr(0, reply.body.size() / 2));
     return false;
   }
+  if (reply.kind == Reply::Kind::Drip) {
+    if (!sendAll(fd, head)) return false;
+    for (char byte : reply.body) {
+      std::this_thread::sleep_for(reply.dripEvery);
+      if (!sendAll(fd, std::string_view(&byte, 1))) return false;
+    }
+    return false;
+  }
   return sendAll(fd, head + reply.body) && keepAlive;
 }
 

@@ -38,6 +38,7 @@ struct Reply {
     Normal,    // a complete response
     Drop,      // close the connection without answering
     Truncate,  // headers with the full Content-Length, half the body, then close
+    Drip,      // headers, then the body one byte at a time, `dripEvery` apart
   };
 
   int status = 200;
@@ -45,6 +46,7 @@ struct Reply {
   std::string body;
   std::vector<std::string> headers;    // more header lines, such as "Set-Cookie: s=1"
   std::chrono::milliseconds delay{0};  // silence before anything is sent
+  std::chrono::milliseconds dripEvery{0};
   Kind kind = Kind::Normal;
 
   static Reply xml(std::string body) { return withStatus(200, std::move(body)); }
@@ -68,6 +70,13 @@ struct Reply {
   static Reply stall(std::chrono::milliseconds duration) {
     Reply reply = drop();
     reply.delay = duration;
+    return reply;
+  }
+  // Never silent for long, never done: the server that holds a call by trickling its answer.
+  static Reply drip(std::string body, std::chrono::milliseconds every) {
+    Reply reply = xml(std::move(body));
+    reply.kind = Kind::Drip;
+    reply.dripEvery = every;
     return reply;
   }
   static Reply truncated(std::string body) {
