@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <system_error>
@@ -14,34 +15,43 @@
 namespace brenmoor::bench {
 namespace {
 
-// Requests are small; anything larger is not one of ours and ends the connection.
+// Heads are small; a larger one is not one of ours and ends the connection. Bodies are read and
+// dropped as they arrive, so their size costs no memory.
 constexpr size_t kMaxHeaderBytes = 64 * 1024;
-constexpr size_t kMaxBodyBytes = 16 * 1024 * 1024;
+constexpr long long kMaxBodyBytes = 1LL << 40;
 
 [[noreturn]] void throwErrno(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-// The Content-Length of a header block, 0 when absent, or -1 when it cannot be read.
-long long contentLength(std::string_view headers) {
-  constexpr std::string_view kName = "\r\ncontent-length:";
-  for (size_t at = headers.find("\r\n"); at != std::string_view::npos;
-       at = headers.find("\r\n", at + 2)) {
-    if (headers.size() - at < kName.size() ||
-        strncasecmp(headers.data() + at, kName.data(), kName.size()) != 0) {
+// The value of a header in a head that starts after its request line's CR LF; `name` in lower
+// case with its colon. Empty when absent.
+std::string_view headerValue(std::string_view head, std::string_view name) {
+  for (size_t at = head.find("\r\n"); at != std::string_view::npos;
+       at = head.find("\r\n", at + 2)) {
+    const size_t start = at + 2;
+    if (head.size() - start < name.size() ||
+        strncasecmp(head.data() + start, name.data(), name.size()) != 0) {
       continue;
     }
-    long long n = 0;
-    size_t i = at + kName.size();
-    while (i < headers.size() && headers[i] == ' ') ++i;
-    const size_t digits = i;
-    for (; i < headers.size() && headers[i] >= '0' && headers[i] <= '9'; ++i) {
-      n = n * 10 + (headers[i] - '0');
-      if (n > static_cast<long long>(kMaxBodyBytes)) return -1;
-    }
-    return i == digits ? -1 : n;
+    size_t i = start + name.size();
+    while (i < head.size() && head[i] == ' ') ++i;
+    return head.substr(i, head.find("\r\n", i) - i);
   }
-  return 0;
+  return {};
+}
+
+// The Content-Length of a head, 0 when absent, or -1 when it cannot be read.
+long long contentLength(std::string_view head) {
+  const std::string_view value = headerValue(head, "content-length:");
+  if (value.empty()) return 0;
+  long long n = 0;
+  for (const char c : value) {
+    if (c < '0' || c > '9') return -1;
+    n = n * 10 + (c - '0');
+    if (n > kMaxBodyBytes) return -1;
+  }
+  return n;
 }
 
 bool sendAll(int fd, std::string_view bytes) {
@@ -121,25 +131,41 @@ void LoopbackServer::acceptConnections() {
 void LoopbackServer::serve(int fd) {
   std::string pending;
   char buffer[64 * 1024];
+  const auto receive = [&](size_t most) {
+    for (;;) {
+      const ssize_t n = ::recv(fd, buffer, std::min(most, sizeof buffer), 0);
+      if (n < 0 && errno == EINTR) continue;
+      return n;
+    }
+  };
   while (!stopping_) {
-    const size_t headerEnd = pending.find("\r\n\r\n");
-    if (headerEnd != std::string::npos) {
-      const long long length = contentLength(std::string_view(pending).substr(0, headerEnd + 2));
-      if (length < 0) return;
-      const size_t whole = headerEnd + 4 + static_cast<size_t>(length);
-      if (pending.size() >= whole) {
-        pending.erase(0, whole);
-        if (!sendAll(fd, response_)) return;
-        ++served_;
-        continue;
-      }
-    } else if (pending.size() > kMaxHeaderBytes) {
+    size_t headEnd;
+    while ((headEnd = pending.find("\r\n\r\n")) == std::string::npos) {
+      const ssize_t n = receive(sizeof buffer);
+      if (n <= 0 || pending.size() > kMaxHeaderBytes) return;
+      pending.append(buffer, static_cast<size_t>(n));
+    }
+    const std::string_view head(pending.data(), headEnd + 2);
+    const long long length = contentLength(head);
+    if (length < 0) return;
+    const std::string_view expect = headerValue(head, "expect:");
+    if (expect.size() == 12 && strncasecmp(expect.data(), "100-continue", 12) == 0 &&
+        !sendAll(fd, "HTTP/1.1 100 Continue\r\n\r\n")) {
       return;
     }
-    const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return;
-    pending.append(buffer, static_cast<size_t>(n));
+    const bool lastRequest = head.substr(0, head.find("\r\n")).ends_with(" HTTP/1.0");
+    auto left = static_cast<size_t>(length);
+    const size_t buffered = std::min(left, pending.size() - headEnd - 4);
+    left -= buffered;
+    pending.erase(0, headEnd + 4 + buffered);
+    while (left > 0 && !stopping_) {
+      const ssize_t n = receive(left);
+      if (n <= 0) return;
+      left -= static_cast<size_t>(n);
+    }
+    if (!sendAll(fd, response_)) return;
+    ++served_;
+    if (lastRequest) return;  // HTTP/1.0: the connection ends with the answer
   }
 }
 

@@ -1,7 +1,8 @@
 #pragma once
-// The smallest HTTP/1.1 server a call benchmark needs: on 127.0.0.1 only, one connection at a
-// time, every request answered with the same 200 and kept alive. It records nothing, so it can
-// serve any number of iterations in fixed memory.
+// The smallest HTTP server a call or upload benchmark needs: on 127.0.0.1 only, one connection at
+// a time, every request answered with the same 200, kept alive unless it was HTTP/1.0. Bodies are
+// dropped as they arrive and nothing is recorded, so it serves any number of iterations and any
+// body size in fixed memory.
 
 #include <atomic>
 #include <cstdint>

@@ -24,7 +24,7 @@ namespace {
 constexpr const char* kSendFailedText = "Send Request failed";
 constexpr const char* kCancelledText = "Upload cancelled by user request";
 // libcurl's upload buffer: how many bytes one read callback may hand over, in whole chunks.
-constexpr long kUploadBufferBytes = 16 * FileUpload::kChunkBytes;
+constexpr long kUploadBufferBytes = 128 * FileUpload::kChunkBytes;
 
 class LocalFile {
  public:
