@@ -27,6 +27,19 @@ struct Context {
 // Prints the service's error pair to stderr and returns the exit status for the failure.
 int failed(const ZylService& service, const std::string& what);
 
+// For calls whose result cannot tell a failure (lists that come back empty, false answers):
+// clears the error pair and notes the message boxes shown so far; failed() tells whether the
+// calls made since then failed or faulted.
+class CallWatch {
+ public:
+  explicit CallWatch(ZylService& service);
+  bool failed() const;
+
+ private:
+  ZylService& service_;
+  int boxesBefore_ = 0;
+};
+
 // Prints a usage error to stderr and returns its exit status.
 int usageError(const std::string& message);
 
@@ -53,11 +66,22 @@ auto signedIn(Context& context, Body body) {
   };
 }
 
+// Looks in on a background process of the service until it completes, printing its percent
+// and message unless --quiet, for a bounded number of polls and time. False (with the status
+// set) when polling fails or the process outlasts the bound.
+bool followProcess(ZylService& service, Context& context, const std::string& procGuid,
+                   const std::string& what);
+
 // One function per subcommand group.
 void addServerCommands(CLI::App& app, Context& context);
 void addAccountCommands(CLI::App& app, Context& context);
 void addProjectCommands(CLI::App& app, Context& context);
 void addTemplateCommands(CLI::App& app, Context& context);
 void addRecordCommands(CLI::App& app, Context& context);
+void addAssetCommands(CLI::App& app, Context& context);
+void addFolderCommands(CLI::App& app, Context& context);
+void addUserCommands(CLI::App& app, Context& context);
+void addRegistrantCommands(CLI::App& app, Context& context);
+void addQuotaCommands(CLI::App& app, Context& context);
 
 }  // namespace brenmoor::cli

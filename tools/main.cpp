@@ -83,6 +83,11 @@ int main(int argc, char** argv) {
   addProjectCommands(app, context);
   addTemplateCommands(app, context);
   addRecordCommands(app, context);
+  addAssetCommands(app, context);
+  addFolderCommands(app, context);
+  addUserCommands(app, context);
+  addRegistrantCommands(app, context);
+  addQuotaCommands(app, context);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

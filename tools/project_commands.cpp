@@ -1,9 +1,6 @@
 // Subcommands about projects, templates, themes and their long-running work.
 
-#include <chrono>
-#include <iostream>
 #include <memory>
-#include <thread>
 
 #include "commands.h"
 #include "records_json.h"
@@ -53,13 +50,7 @@ void addProjectCommands(CLI::App& app, Context& context) {
   clear->callback(signedIn(context, [&context, args](ZylService& service) {
     std::string proc = service.clearProject_Async(args->guid, true);
     if (proc.empty()) return void(context.status = failed(service, "starting to clear"));
-    // The service does the work; we look in on it, for a bounded time.
-    for (int polls = 0; polls < 600 && !service.isProcessComplete(proc); ++polls) {
-      const int16_t percent = service.getProcessPercentComplete(proc);
-      const std::string message = service.getProcessMessage(proc);
-      if (!context.quiet) std::cerr << percent << "% " << message << '\n';
-      std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    }
+    if (!followProcess(service, context, proc, "clearing the project")) return;
     if (!service.clearProject_Result(proc)) context.status = failed(service, "clearing");
   }));
 }

@@ -20,6 +20,9 @@ json value(int16_t number) {
 json value(int32_t number) {
   return number;
 }
+json value(double number) {
+  return number;
+}
 json value(const std::vector<std::string>& texts) {
   return texts;
 }
@@ -33,6 +36,7 @@ json value(const std::shared_ptr<Collection<std::string>>& texts) {
 json value(const ThemeTemplate& item);
 json value(const DataRecordEntry& entry);
 json value(const DataRecordEntryValue& entryValue);
+json value(const ClientDetails& details);
 json value(const DeploymentInfo& deployment) {
   return toJson(deployment);
 }
@@ -95,6 +99,30 @@ json value(const DataRecordEntry& entry) {
       .add("value", entry.value)
       .add("width", entry.width)
       .add("height", entry.height)
+      .done();
+}
+
+json value(const ClientDetails& details) {
+  return Object()
+      .add("bandwidth", details.bandwidth)
+      .add("browserType", details.browserType)
+      .add("browserVersion", details.browserVersion)
+      .add("country", details.country)
+      .add("firstAccessed", details.firstAccessed)
+      .add("guid", details.guid)
+      .add("hasCookies", details.hasCookies)
+      .add("hasFlash", details.hasFlash)
+      .add("hasJava", details.hasJava)
+      .add("hasReal", details.hasReal)
+      .add("hasWM", details.hasWM)
+      .add("ipAddress", details.ipAddress)
+      .add("jsVersionMajor", details.jsVersionMajor)
+      .add("jsVersionMinor", details.jsVersionMinor)
+      .add("language", details.language)
+      .add("operatingSystem", details.operatingSystem)
+      .add("screenDepth", details.screenDepth)
+      .add("screenHeight", details.screenHeight)
+      .add("screenWidth", details.screenWidth)
       .done();
 }
 
@@ -191,6 +219,58 @@ json toJson(const DataRecord& record) {
       .add("name", record.name)
       .add("entries", record.entries)
       .add("templateGuidList", record.templateGuidList)
+      .done();
+}
+
+json toJson(const ZylAsset& asset) {
+  return Object()
+      .add("guid", asset.guid)
+      .add("name", asset.name)
+      .add("description", asset.description)
+      .add("thumbnail", asset.thumbnail)
+      .add("created", asset.created)
+      .add("typeIcon", asset.typeIcon)
+      .add("typeText", asset.typeText)
+      .done();
+}
+
+json toJson(const ZylFolderNode& folder) {
+  return Object()
+      .add("id", folder.id)
+      .add("parentID", folder.parentID)
+      .add("name", folder.name)
+      .add("parentCount", folder.parentCount)
+      .add("rights", folder.rights)
+      .done();
+}
+
+json toJson(const Client& client) {
+  return Object()
+      .add("created", client.created)
+      .add("customXML", client.customXML)
+      .add("details", client.details)
+      .add("email", client.email)
+      .add("firstName", client.firstName)
+      .add("guid", client.guid)
+      .add("lastName", client.lastName)
+      .add("modified", client.modified)
+      .add("Password", client.Password)
+      .add("registered", client.registered)
+      .add("userHostName", client.userHostName)
+      .add("userIP", client.userIP)
+      .done();
+}
+
+json toJson(const Quota& quota) {
+  return Object()
+      .add("name", quota.name)
+      .add("units", quota.units)
+      .add("quotatype", quota.quotatype)
+      .add("limit", quota.limit)
+      .add("guid", quota.guid)
+      .add("failAction", quota.failAction)
+      .add("used", quota.used)
+      .add("defaultLimit", quota.defaultLimit)
       .done();
 }
 

@@ -17,6 +17,10 @@ nlohmann::json toJson(const TemplateInfo& info);
 nlohmann::json toJson(const ThemeInfo& theme);
 nlohmann::json toJson(const DeploymentInfo& deployment);
 nlohmann::json toJson(const DataRecord& record);
+nlohmann::json toJson(const ZylAsset& asset);
+nlohmann::json toJson(const ZylFolderNode& folder);
+nlohmann::json toJson(const Client& client);
+nlohmann::json toJson(const Quota& quota);
 
 // A list of records as a JSON array.
 template <class Record>

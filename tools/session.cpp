@@ -3,33 +3,13 @@
 #include <iostream>
 #include <memory>
 
+#include "cli_host.h"
 #include "commands.h"
 #include "exit_codes.h"
 #include "trace.h"
 
 namespace brenmoor::cli {
 namespace {
-
-// The console host, quieter with --quiet, remembering the contacting form's last text.
-class CliHost : public StderrHost {
- public:
-  explicit CliHost(bool quiet) : quiet_(quiet) {}
-
-  void showContactForm(ContactForm& form) override {
-    firstText_ = form.text();
-    StderrHost::showContactForm(form);
-  }
-  void contactTextChanged(const ContactForm& form) override {
-    lastText_ = form.text();
-    if (quiet_ && lastText_ == firstText_) return;
-    StderrHost::contactTextChanged(form);
-  }
-  const std::string& lastText() const { return lastText_; }
-
- private:
-  bool quiet_;
-  std::string firstText_, lastText_;
-};
 
 // Connect puts its own text in place of the server's for a wrong user name or password.
 bool isWrongPasswordText(const std::string& text) {
@@ -57,6 +37,19 @@ int failed(const ZylService& service, const std::string& what) {
   std::cerr << "brenmoor: " << what << " failed (error " << service.lastErrID()
             << "): " << service.lastErrMsg() << '\n';
   return exitCodeFor(service.lastErrID());
+}
+
+CallWatch::CallWatch(ZylService& service) : service_(service) {
+  service.setLastErrID(0);
+  service.setLastErrMsg("");
+  const auto* host = dynamic_cast<const CliHost*>(&service.host());
+  boxesBefore_ = host ? host->boxesShown() : 0;
+}
+
+bool CallWatch::failed() const {
+  const auto* host = dynamic_cast<const CliHost*>(&service_.host());
+  return service_.lastErrID() != 0 || !service_.lastErrMsg().empty() ||
+         (host && host->boxesShown() > boxesBefore_);
 }
 
 int usageError(const std::string& message) {

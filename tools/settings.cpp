@@ -98,11 +98,12 @@ std::string loadProfile(const std::string& wanted, Profile& profile) {
   return "";
 }
 
-std::string readPasswordFile(const std::string& path, std::string& password) {
+std::string readPasswordFile(const std::string& path, const std::string& option,
+                             std::string& password) {
   struct stat info {};
   std::string error;
   const std::string text = readFile(path, info, error);
-  if (!error.empty()) return error + " (--password-file)";
+  if (!error.empty()) return error + " (" + option + ")";
   password = text.substr(0, text.find_first_of("\r\n"));
   return "";
 }
@@ -130,7 +131,7 @@ std::string resolveSettings(const SettingsSources& sources, Settings& settings) 
   if (!error.empty()) return error;
   std::string fromFile;
   if (!sources.passwordFile.empty()) {
-    error = readPasswordFile(sources.passwordFile, fromFile);
+    error = readPasswordFile(sources.passwordFile, "--password-file", fromFile);
     if (!error.empty()) return error;
   }
   const Settings& given = sources.options;
@@ -157,6 +158,32 @@ std::string ensurePassword(Settings& settings) {
   }
   return "this command needs a password: --password-file FILE, BRENMOOR_PASSWORD, a profile, "
          "or a terminal to ask on";
+}
+
+}  // namespace brenmoor::cli
+
+namespace brenmoor::cli {
+
+std::string readUserPassword(const UserPasswordSources& sources, const std::string& prompt,
+                             bool confirm, std::string& password) {
+  std::string fromFile;
+  if (!sources.file.empty()) {
+    const std::string error = readPasswordFile(sources.file, "--user-password-file", fromFile);
+    if (!error.empty()) return error;
+  }
+  password = firstGiven({sources.given, fromFile, environment("BRENMOOR_USER_PASSWORD")});
+  if (!password.empty()) return "";
+  if (!isatty(STDIN_FILENO)) {
+    return "this command needs the user's password: --user-password-file FILE, "
+           "BRENMOOR_USER_PASSWORD, or a terminal to ask on";
+  }
+  std::string again;
+  if (!readHiddenLine(prompt, password) || password.empty() ||
+      (confirm && !readHiddenLine("Again: ", again))) {
+    return "could not read the password from the terminal";
+  }
+  if (confirm && again != password) return "the two passwords differ";
+  return "";
 }
 
 }  // namespace brenmoor::cli

@@ -33,4 +33,17 @@ std::string settingsFilePath();
 // Returns an error text when a password is still missing.
 std::string ensurePassword(Settings& settings);
 
+// The password of the user a command is about (a new user, a registrant), not the signing-in
+// one.
+struct UserPasswordSources {
+  std::string given;  // --user-password
+  std::string file;   // --user-password-file
+};
+
+// Takes the first of: the option, the file's first line, BRENMOOR_USER_PASSWORD, and a prompt
+// without echo when standard input is a terminal (asked twice when `confirm`, for a new
+// password). Returns an error text when none of them gives one.
+std::string readUserPassword(const UserPasswordSources& sources, const std::string& prompt,
+                             bool confirm, std::string& password);
+
 }  // namespace brenmoor::cli

@@ -13,6 +13,7 @@ namespace {
 
 termios savedTerminal{};
 volatile sig_atomic_t echoIsOff = 0;
+volatile sig_atomic_t interrupted = 0;
 
 void onInterrupt(int) {
   if (echoIsOff) tcsetattr(STDIN_FILENO, TCSANOW, &savedTerminal);
@@ -21,13 +22,34 @@ void onInterrupt(int) {
   _exit(kInterrupted);
 }
 
+void raiseFlag(int) {
+  interrupted = 1;
+}
+
+void handleInterrupt(void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGINT, &action, nullptr);
+}
+
 }  // namespace
 
 void exitOnInterrupt() {
-  struct sigaction action {};
-  action.sa_handler = onInterrupt;
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
+  handleInterrupt(onInterrupt);
+}
+
+InterruptCatcher::InterruptCatcher() {
+  interrupted = 0;
+  handleInterrupt(raiseFlag);
+}
+
+InterruptCatcher::~InterruptCatcher() {
+  handleInterrupt(onInterrupt);
+}
+
+bool InterruptCatcher::caught() const {
+  return interrupted != 0;
 }
 
 bool readHiddenLine(const std::string& prompt, std::string& line) {
