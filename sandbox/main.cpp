@@ -28,6 +28,18 @@ int main(int argc, char** argv) {
   app.add_option("--max-upload-bytes", options.max_upload_bytes,
                  "Largest file the upload pages accept")
       ->capture_default_str();
+  app.add_option_function<std::vector<std::string>>(
+         "--quota",
+         [&options](const std::vector<std::string>& quotas) {
+           for (const std::string& quota : quotas) {
+             const std::string problem = sandbox::apply_quota_option(options.quotas, quota);
+             if (!problem.empty()) throw CLI::ValidationError("--quota " + quota, problem);
+           }
+         },
+         "NAME=LIMIT[:block|warn] for projects, storage (bytes) or deployments; repeatable")
+      ->type_name("NAME=LIMIT[:ACTION]");
+  app.add_option("--disable-deployments", options.deployments_disabled,
+                 "Account id whose deploy is refused; repeatable");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "quotas/quota_settings.h"
 #include "soap/arguments.h"
 #include "soap/faults.h"
 #include "soap/reply.h"
@@ -26,6 +28,8 @@ struct ServerInfo {
   std::string version;
   std::string base_url;            // e.g. "http://127.0.0.1:8080"
   std::filesystem::path data_dir;  // uploaded files live under it
+  QuotaSettings quotas;
+  std::set<std::int64_t> deployments_disabled;  // account ids
 
   std::string fixed_url() const { return base_url + std::string(kFixedUrlPrefix); }
 };

@@ -49,10 +49,11 @@ std::string url_host(const std::string& host) {
 SandboxServer::SandboxServer(const ServerOptions& options)
     : options_(with_numeric_host(options)),
       db_(prepare_database_file(options.data_dir)),
-      info_{options.version, "", options.data_dir},
+      info_{options.version, "", options.data_dir, options.quotas, options.deployments_disabled},
       dispatcher_(db_, info_, all_services(), options.process_step),
       upload_pages_(dispatcher_, info_, options.max_upload_bytes),
       file_pages_(dispatcher_, info_),
+      admin_pages_(dispatcher_),
       http_(std::make_unique<httplib::Server>()) {
   create_schema(db_);
   if (options_.seed || has_no_users(db_)) seed_demo_data(db_);
@@ -118,6 +119,7 @@ void SandboxServer::install_routes(bool log) {
   });
 
   http_->Get(".*", [this](const httplib::Request& request, httplib::Response& response) {
+    if (AdminPages::serves(collapse_slashes(request.path))) return admin_pages_.handle(response);
     file_pages_.handle(request, response);
   });
 

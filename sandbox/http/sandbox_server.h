@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 
 #include "dispatch/dispatcher.h"
 #include "dispatch/service.h"
+#include "http/admin_pages.h"
 #include "http/file_pages.h"
 #include "http/upload_pages.h"
 #include "store/database.h"
@@ -30,6 +32,8 @@ struct ServerOptions {
   std::chrono::milliseconds process_step{150};
   // The largest file the upload pages take.
   std::uint64_t max_upload_bytes = std::uint64_t{2} << 30;
+  QuotaSettings quotas;                         // the same limits for every account
+  std::set<std::int64_t> deployments_disabled;  // account ids whose "deploy" is refused
 };
 
 // The HTTP front of the sandbox: the five SOAP endpoints, the upload pages and the pages that
@@ -61,6 +65,7 @@ class SandboxServer {
   Dispatcher dispatcher_;
   UploadPages upload_pages_;
   FilePages file_pages_;
+  AdminPages admin_pages_;
   std::unique_ptr<httplib::Server> http_;
   std::thread listener_;
 };

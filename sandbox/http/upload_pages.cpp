@@ -13,6 +13,7 @@
 #include "soap/clip.h"
 #include "store/database.h"
 #include "store/project_store.h"
+#include "store/quota_store.h"
 #include "store/upload_store.h"
 
 namespace sandbox {
@@ -69,9 +70,13 @@ std::string url_file_name(std::string_view name) {
 }
 
 Admitted admit(Database& db, const ServerInfo& server, std::string_view page,
-               const httplib::Request& request) {
+               const httplib::Request& request, std::uint64_t length) {
   const Session session = verify_session_key(db, request.get_param_value("key"));
   if (!session.account_id) throw Refusal("No account selected");
+  if (auto refusal = quota_refusal(db, server.quotas, QuotaKind::storage, *session.account_id,
+                                   static_cast<double>(length))) {
+    throw Refusal(*refusal);
+  }
 
   Admitted admitted;
   Upload& upload = admitted.upload;
@@ -113,7 +118,7 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
   } else {
     dispatcher_.with_store([&](Database& db) {
       try {
-        admitted = admit(db, server_, page, request);
+        admitted = admit(db, server_, page, request, length.value_or(0));
       } catch (const std::exception& error) {
         refusal = error.what();
       }
@@ -161,6 +166,12 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
   if (refusal.empty()) {
     admitted->upload.size = static_cast<std::int64_t>(received);
     dispatcher_.with_store([&](Database& db) {
+      // A body without a length is weighed once it has arrived.
+      if (auto over = quota_refusal(db, server_.quotas, QuotaKind::storage,
+                                    admitted->upload.account_id, static_cast<double>(received))) {
+        refusal = *over;
+        return;
+      }
       try {
         insert_upload(db, admitted->upload);
       } catch (const std::exception&) {

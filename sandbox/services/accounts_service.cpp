@@ -1,11 +1,20 @@
+#include <vector>
+
+#include "services/accounts_operations.h"
 #include "services/services.h"
 
 namespace sandbox {
 
-// No operations yet, so every call is answered "No such operation"; add them in a
-// table as login_service.cpp does.
 const Service& accounts_service() {
-  static const Service service{"Accounts", "/services/Accounts", "urn:telvane-accounts", {}};
+  static const std::vector<Operation> operations = [] {
+    std::vector<Operation> joined;
+    for (const std::span<const Operation> area : {user_operations(), quota_operations()}) {
+      joined.insert(joined.end(), area.begin(), area.end());
+    }
+    return joined;
+  }();
+  static const Service service{"Accounts", "/services/Accounts", "urn:telvane-accounts",
+                               operations};
   return service;
 }
 

@@ -48,6 +48,19 @@ DataRecord read_data_record(const Arguments& dr) {
   return record;
 }
 
+// What the record adds to the account's storage: its name and its entries' texts.
+double record_bytes(const DataRecord& record) {
+  std::size_t bytes = record.name.size();
+  for (const DataRecordEntry& entry : record.entries) {
+    bytes += entry.label.size() + entry.description.size();
+    if (entry.value) {
+      bytes += entry.value->value.size() + entry.value->asset_guid.size() +
+               entry.value->asset_dependencies.size();
+    }
+  }
+  return static_cast<double>(bytes);
+}
+
 // Records are chosen by their templates alone; the request's "guid" is not used.
 void get_data_record(Call& call) {
   const std::vector<std::string> templates = call.args.strings("templateGuidList");
@@ -98,6 +111,7 @@ void create_data_record(Call& call) {
     throw ApplicationFault("DuplicateDataRecord", "The project has a data record with that guid",
                            kDuplicateNameFault);
   }
+  require_quota(call, QuotaKind::storage, record_bytes(record));
   Transaction transaction(call.db);
   save_data_record(call.db, project, record);
   touch_project(call.db, project);

@@ -79,12 +79,26 @@ void get_deployment_status_list(Call& call) {
   call.reply.records("DeploymentStatusInfo", std::move(statuses));
 }
 
+// Templates that are not deployed yet: a new version of a deployed one adds nothing.
+std::int64_t new_deployments(Database& db, const std::vector<std::string>& templates) {
+  const std::unordered_set<std::string> distinct(templates.begin(), templates.end());
+  return std::count_if(distinct.begin(), distinct.end(), [&](const std::string& guid) {
+    return !db.prepare(
+                  "SELECT 1 FROM deployments WHERE template_guid = ? AND deployed_at IS NOT NULL")
+                .bind(guid)
+                .step();
+  });
+}
+
 // Publishes each template as a new version, provided one of the given records fills it;
 // answers the deployment guids in template order. All or nothing.
 void deploy(Call& call) {
   const std::vector<std::string> records = call.args.strings("datarecordGuidList");
   const std::vector<std::string> templates = call.args.strings("templateGuidList");
   const std::int64_t account = call.account();
+  if (call.server.deployments_disabled.contains(account)) {
+    throw ApplicationFault("DeploymentsDisabled", "Deployments are disabled for this account");
+  }
   const std::unordered_set<std::string> given(records.begin(), records.end());
   for (const std::string& template_guid : templates) {
     const auto attached = records_attached_to(call.db, account, template_guid);
@@ -96,6 +110,8 @@ void deploy(Call& call) {
           kNotFoundFault);
     }
   }
+  require_quota(call, QuotaKind::deployments,
+                static_cast<double>(new_deployments(call.db, templates)));
   Transaction transaction(call.db);
   Strings deployments;
   for (const std::string& template_guid : templates) {

@@ -47,7 +47,9 @@ void user_login(Call& call) {
   std::int64_t user_id = 0;
   std::string password_md5;
   {
-    auto user = call.db.prepare("SELECT id, password_md5 FROM users WHERE email = ?");
+    auto user = call.db.prepare(
+        "SELECT id, password_md5 FROM users WHERE email = ? "
+        "AND id NOT IN (SELECT user_id FROM closed_users)");
     if (!user.bind(username).step()) throw ServerException(std::string(kBadCredentials));
     user_id = user.integer(0);
     password_md5 = user.text(1);

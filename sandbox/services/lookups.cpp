@@ -2,12 +2,19 @@
 
 #include "soap/faults.h"
 #include "store/project_store.h"
+#include "store/quota_store.h"
 
 namespace sandbox {
 
 void require_project(const Call& call, std::string_view guid) {
   if (!project_in_account(call.db, call.account(), guid)) {
     throw ApplicationFault("NoSuchProject", "No project with that guid", kNotFoundFault);
+  }
+}
+
+void require_quota(const Call& call, QuotaKind kind, double adding) {
+  if (auto refusal = quota_refusal(call.db, call.server.quotas, kind, call.account(), adding)) {
+    throw ApplicationFault("QuotaExceeded", *refusal);
   }
 }
 

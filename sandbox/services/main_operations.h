@@ -13,5 +13,7 @@ std::span<const Operation> theme_operations();
 std::span<const Operation> process_operations();
 std::span<const Operation> deployment_operations();
 std::span<const Operation> data_record_operations();
+std::span<const Operation> mail_operations();
+std::span<const Operation> registrant_operations();
 
 }  // namespace sandbox

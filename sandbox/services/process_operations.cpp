@@ -1,6 +1,7 @@
 #include "processes/process_runner.h"
 #include "services/lookups.h"
 #include "services/main_operations.h"
+#include "services/process_results.h"
 #include "soap/faults.h"
 #include "store/database.h"
 #include "store/deployment_store.h"
@@ -11,14 +12,6 @@ namespace {
 
 constexpr std::string_view kClearKind = "clearProject";
 constexpr std::string_view kUndeployKind = "undeployProject";
-
-// The client sends the first piece of the procGuid; a whole one is taken as well.
-ProcessStatus process_status(const Call& call) {
-  const std::string proc_guid = call.args.string("procGuid");
-  auto status = call.processes.status(std::string_view(proc_guid).substr(0, proc_guid.find(';')));
-  if (!status) throw ApplicationFault("NoSuchProcess", "No process with that guid", kNotFoundFault);
-  return std::move(*status);
-}
 
 // The procGuid of a process that this service runs.
 std::string main_service_proc_guid(const std::string& id) {
@@ -71,22 +64,12 @@ void get_process_message(Call& call) {
   call.reply.scalar(process_status(call).message);
 }
 
-// The outcome of a finished process of `kind` that the caller started.
-void answer_result(Call& call, std::string_view kind) {
-  const ProcessStatus status = process_status(call);
-  if (status.kind != kind || status.owner != call.session().user_id) {
-    throw ApplicationFault("NoSuchProcess", "No process with that guid", kNotFoundFault);
-  }
-  if (!status.complete) throw ApplicationFault("ProcessNotComplete", "Process not complete");
-  call.reply.scalar(status.outcome);
-}
-
 void clear_project_result(Call& call) {
-  answer_result(call, kClearKind);
+  answer_process_result(call, kClearKind);
 }
 
 void undeploy_project_result(Call& call) {
-  answer_result(call, kUndeployKind);
+  answer_process_result(call, kUndeployKind);
 }
 
 constexpr Operation kOperations[] = {

@@ -21,6 +21,7 @@ void create_project(Call& call) {
     throw ApplicationFault("DuplicateName", "A project with that name already exists",
                            kDuplicateNameFault);
   }
+  require_quota(call, QuotaKind::projects, 1);
   const std::string guid = random_guid();
   const std::int64_t now = now_ms();
   call.db

@@ -39,8 +39,8 @@ std::vector<Operation> all_main_operations() {
   std::vector<Operation> operations;
   for (const std::span<const Operation> area :
        {std::span<const Operation>(kOperations), project_operations(), template_operations(),
-        theme_operations(), process_operations(), deployment_operations(),
-        data_record_operations()}) {
+        theme_operations(), process_operations(), deployment_operations(), data_record_operations(),
+        mail_operations(), registrant_operations()}) {
     operations.insert(operations.end(), area.begin(), area.end());
   }
   return operations;

@@ -31,6 +31,10 @@ class AnswerWriter {
       open_array(out, name, "xsd:string", strings->size(), in_wrapper);
       for (const std::string& item : *strings) append_typed_element(out, "item", item);
       close(out, name);
+    } else if (const auto* dates = std::get_if<Dates>(&value)) {
+      open_array(out, name, "xsd:dateTime", dates->size(), in_wrapper);
+      for (const Timestamp item : *dates) append_typed_element(out, "item", item);
+      close(out, name);
     } else {
       append_typed_element(out, name, value);
     }

@@ -24,6 +24,7 @@ class Reply {
     result_.emplace(RecordArray{std::move(type), std::move(items)});
   }
   void strings(Strings items) { result_.emplace(std::move(items)); }
+  void dates(Dates items) { result_.emplace(std::move(items)); }
 
   // The whole answer envelope for `operation` of the service whose namespace is `ns`.
   std::string render(std::string_view operation, std::string_view ns) const;

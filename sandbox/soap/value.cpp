@@ -32,6 +32,7 @@ TypedText typed_text(const Value& value) {
     TypedText operator()(double v) const { return {"xsd:double", double_text(v)}; }
     TypedText operator()(Timestamp v) const { return {"xsd:dateTime", format_date_time(v)}; }
     TypedText operator()(const Strings&) const { throw not_scalar(); }
+    TypedText operator()(const Dates&) const { throw not_scalar(); }
     TypedText operator()(const Record&) const { throw not_scalar(); }
     TypedText operator()(const RecordArray&) const { throw not_scalar(); }
     static std::logic_error not_scalar() {

@@ -34,9 +34,12 @@ struct RecordArray {
 // An array of strings, written as a soapenc:Array of xsd:string items.
 using Strings = std::vector<std::string>;
 
+// An array of dates, written as a soapenc:Array of xsd:dateTime items.
+using Dates = std::vector<Timestamp>;
+
 // One value of an answer; the alternative picks the xsd type it is written with.
 using Value = std::variant<Nil, std::string, std::int32_t, std::int16_t, bool, double, Timestamp,
-                           Strings, Record, RecordArray>;
+                           Strings, Dates, Record, RecordArray>;
 
 struct Field {
   std::string name;

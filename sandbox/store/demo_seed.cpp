@@ -14,11 +14,12 @@ struct DemoAccount {
   std::int64_t id;
   std::string_view name;
   std::string_view guid;
+  std::string_view key;
 };
 
 constexpr DemoAccount kDemoAccounts[] = {
-    {1001, "Demo Productions", "acct-1001-guid"},
-    {1002, "Demo Training", "acct-1002-guid"},
+    {1001, "Demo Productions", "acct-1001-guid", "acct-1001-key"},
+    {1002, "Demo Training", "acct-1002-guid", "acct-1002-key"},
 };
 
 }  // namespace
@@ -37,6 +38,7 @@ void seed_demo_data(Database& db) {
   auto user = db.prepare("SELECT id FROM users WHERE email = ?");
   user.bind(kDemoUserEmail).step();
   const std::int64_t user_id = user.integer(0);
+  db.prepare("DELETE FROM closed_users WHERE user_id = ?").bind(user_id).run();
 
   for (const DemoAccount& account : kDemoAccounts) {
     db.prepare(
@@ -46,6 +48,11 @@ void seed_demo_data(Database& db) {
         .run();
     db.prepare("INSERT OR IGNORE INTO account_members (account_id, user_id) VALUES (?, ?)")
         .bind(account.id, user_id)
+        .run();
+    db.prepare(
+          "INSERT INTO account_keys (account_id, key) VALUES (?, ?) "
+          "ON CONFLICT (account_id) DO UPDATE SET key = excluded.key")
+        .bind(account.id, account.key)
         .run();
     seed_asset_folders(db, account.id);
   }

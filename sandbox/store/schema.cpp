@@ -265,6 +265,80 @@ CREATE TABLE IF NOT EXISTS asset_representations (
   upload_key TEXT NOT NULL REFERENCES uploads(key),
   PRIMARY KEY (asset_guid, position)
 );
+
+-- Users and accounts made through the Accounts service. The key names an account to
+-- operations that have no session; closed users can no longer sign in.
+CREATE TABLE IF NOT EXISTS user_profiles (
+  user_id INTEGER PRIMARY KEY REFERENCES users(id),
+  first_name TEXT NOT NULL,
+  last_name TEXT NOT NULL,
+  created_at INTEGER NOT NULL
+);
+CREATE TABLE IF NOT EXISTS account_keys (
+  account_id INTEGER PRIMARY KEY REFERENCES accounts(id),
+  key TEXT NOT NULL UNIQUE
+);
+CREATE TABLE IF NOT EXISTS member_types (
+  account_id INTEGER NOT NULL REFERENCES accounts(id),
+  user_id INTEGER NOT NULL REFERENCES users(id),
+  account_type TEXT NOT NULL,
+  PRIMARY KEY (account_id, user_id)
+);
+CREATE TABLE IF NOT EXISTS closed_users (
+  user_id INTEGER PRIMARY KEY REFERENCES users(id),
+  closed_at INTEGER NOT NULL
+);
+
+CREATE TABLE IF NOT EXISTS service_orders (
+  guid TEXT PRIMARY KEY,
+  account_id INTEGER NOT NULL REFERENCES accounts(id),
+  ordered_at INTEGER NOT NULL,
+  period_start INTEGER NOT NULL,
+  period_end INTEGER NOT NULL
+);
+
+-- The people registered for a project, whether added through the service or by a viewer's
+-- registration form. Passwords are kept as MD5 digests only; `id` keeps creation order.
+CREATE TABLE IF NOT EXISTS registrants (
+  id INTEGER PRIMARY KEY,
+  guid TEXT NOT NULL UNIQUE,
+  project_guid TEXT NOT NULL REFERENCES projects(guid) ON DELETE CASCADE,
+  email TEXT NOT NULL COLLATE NOCASE,
+  first_name TEXT NOT NULL,
+  last_name TEXT NOT NULL,
+  password_md5 TEXT NOT NULL,
+  custom_xml TEXT NOT NULL,
+  user_ip TEXT NOT NULL,
+  user_host_name TEXT NOT NULL,
+  registered INTEGER NOT NULL,
+  created_at INTEGER NOT NULL,
+  modified_at INTEGER NOT NULL,
+  UNIQUE (project_guid, email)
+);
+
+-- What a viewer's browser told about itself; at most one row per registrant.
+CREATE TABLE IF NOT EXISTS registrant_details (
+  registrant_id INTEGER PRIMARY KEY REFERENCES registrants(id) ON DELETE CASCADE,
+  guid TEXT NOT NULL,
+  first_accessed INTEGER,
+  bandwidth INTEGER NOT NULL DEFAULT 0,
+  browser_type TEXT NOT NULL DEFAULT '',
+  browser_version INTEGER NOT NULL DEFAULT 0,
+  country TEXT NOT NULL DEFAULT '',
+  has_cookies INTEGER NOT NULL DEFAULT 0,
+  has_flash INTEGER NOT NULL DEFAULT 0,
+  has_java INTEGER NOT NULL DEFAULT 0,
+  has_wm INTEGER NOT NULL DEFAULT 0,
+  has_real INTEGER NOT NULL DEFAULT 0,
+  ip_address TEXT NOT NULL DEFAULT '',
+  js_version_major INTEGER NOT NULL DEFAULT 0,
+  js_version_minor INTEGER NOT NULL DEFAULT 0,
+  language TEXT NOT NULL DEFAULT '',
+  operating_system TEXT NOT NULL DEFAULT '',
+  screen_depth INTEGER NOT NULL DEFAULT 0,
+  screen_height INTEGER NOT NULL DEFAULT 0,
+  screen_width INTEGER NOT NULL DEFAULT 0
+);
 )sql");
 }
 
