@@ -12,6 +12,7 @@
 #include "brenmoor/version.h"
 #include "soap/answer_parser.h"
 #include "soap/failure.h"
+#include "soap/idle_watch.h"
 
 namespace brenmoor::soap {
 namespace {
@@ -43,10 +44,7 @@ struct Transfer {
   std::optional<AnswerParser> parser;
   std::exception_ptr failure;  // thrown while parsing, kept until libcurl has returned
   long refusedStatus = 0;
-  bool idleTooLong = false;
-  bool pastDeadline = false;
-  int32_t timeoutMs = 0;
-  int64_t deadlineMs = 0;
+  IdleWatch watch;
   curl_off_t lastMoved = 0;       // bytes up plus down at the last movement
   curl_off_t lastMovedAt = 0;     // libcurl's clock, microseconds into the transfer
   std::string* traced = nullptr;  // the answer's bytes, kept only while tracing
@@ -83,28 +81,6 @@ size_t onBody(char* data, size_t size, size_t count, void* user) {
   }
 }
 
-int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
-  auto& x = *static_cast<Transfer*>(user);
-  // libcurl has just read its clock for this update: ask it rather than the system again.
-  curl_off_t now = 0;
-  curl_easy_getinfo(x.easy, CURLINFO_TOTAL_TIME_T, &now);
-  // A server that drips bytes never goes silent: the deadline bounds the whole exchange.
-  if (now >= x.deadlineMs * 1000) {
-    x.pastDeadline = true;
-    return 1;
-  }
-  if (down + up != x.lastMoved) {
-    x.lastMoved = down + up;
-    x.lastMovedAt = now;
-    return 0;
-  }
-  if (now - x.lastMovedAt >= curl_off_t{x.timeoutMs} * 1000) {
-    x.idleTooLong = true;
-    return 1;
-  }
-  return 0;
-}
-
 [[noreturn]] void throwUnexpectedStatus(CURL* easy, long status) {
   if (status >= 300 && status <= 399) {
     // The body may have been refused before libcurl worked out the target: read the header.
@@ -123,13 +99,13 @@ int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t u
   if (x.failure) std::rethrow_exception(x.failure);
   if (x.refusedStatus) throwUnexpectedStatus(easy, x.refusedStatus);
   std::string what = detail[0] ? detail : curl_easy_strerror(rc);
-  if (x.pastDeadline) {
+  if (x.watch.pastDeadline) {
     throw Failure(kPastDeadline, "The whole answer from " + url + " took longer than " +
-                                 std::to_string(x.deadlineMs) + " ms");
+                                     std::to_string(x.watch.deadlineMs) + " ms");
   }
-  if (x.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
-    throw Failure(kTimedOut, "No answer from " + url + " within " + std::to_string(x.timeoutMs) +
-                                 " ms of inactivity");
+  if (x.watch.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
+    throw Failure(kTimedOut, "No answer from " + url + " within " +
+                                 std::to_string(x.watch.timeoutMs) + " ms of inactivity");
   }
   switch (rc) {
     case CURLE_COULDNT_CONNECT: {
@@ -225,7 +201,7 @@ ConnectionPool::ConnectionPool() : handles_(std::make_unique<Handles>()) {
   curl_easy_setopt(e, CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
   curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(e, CURLOPT_NOPROGRESS, 0L);
-  curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, onProgress);
+  curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, IdleWatch::onProgress);
   curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, onBody);
   curl_easy_setopt(e, CURLOPT_BUFFERSIZE, 128L * 1024);
   curl_easy_setopt(e, CURLOPT_ERRORBUFFER, handles_->errors);
@@ -251,10 +227,11 @@ Answer HttpTransport::send(const std::string& url, std::string_view requestText)
   CURL* e = h.easy;
   Transfer x;
   x.easy = e;
+  x.watch.easy = e;
   x.url = &url;
   x.limits = &limits_;
-  x.timeoutMs = timeoutMs_ > 0 ? timeoutMs_ : kDefaultTimeoutMs;
-  x.deadlineMs = deadlineMs_ > 0 ? deadlineMs_ : int64_t{kDeadlineFactor} * x.timeoutMs;
+  x.watch.timeoutMs = timeoutMs_ > 0 ? timeoutMs_ : kDefaultTimeoutMs;
+  x.watch.deadlineMs = deadlineMs_ > 0 ? deadlineMs_ : int64_t{kDeadlineFactor} * x.watch.timeoutMs;
 
   if (h.url != url) {
     curl_easy_setopt(e, CURLOPT_URL, url.c_str());
@@ -269,13 +246,13 @@ Answer HttpTransport::send(const std::string& url, std::string_view requestText)
     curl_easy_setopt(e, CURLOPT_PROXY, proxy_.c_str());
     h.proxy = proxy_;
   }
-  if (h.connectTimeoutMs != x.timeoutMs) {
-    curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(x.timeoutMs));
-    h.connectTimeoutMs = x.timeoutMs;
+  if (h.connectTimeoutMs != x.watch.timeoutMs) {
+    curl_easy_setopt(e, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(x.watch.timeoutMs));
+    h.connectTimeoutMs = x.watch.timeoutMs;
   }
   curl_easy_setopt(e, CURLOPT_POSTFIELDS, requestText.data());
   curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(requestText.size()));
-  curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x);
+  curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x.watch);
   curl_easy_setopt(e, CURLOPT_WRITEDATA, &x);
   h.errors[0] = '\0';
   if (!trace_) return finish(curl_easy_perform(e), e, x, url, h.errors);

@@ -16,7 +16,9 @@
 
 #include "brenmoor/version.h"
 #include "soap/failure.h"
+#include "soap/idle_watch.h"
 #include "soap/upload_url.h"
+#include "util/convert.h"
 
 namespace brenmoor::soap {
 namespace {
@@ -71,15 +73,6 @@ class LocalFile {
   uint64_t size_ = 0;
 };
 
-// done * 100 / size, to the nearest integer, ties to even.
-int32_t percentOf(uint64_t done, uint64_t size) {
-  const uint64_t scaled = done * 100;
-  uint64_t q = scaled / size;
-  const uint64_t twice = 2 * (scaled % size);
-  if (twice > size || (twice == size && q % 2 == 1)) ++q;
-  return static_cast<int32_t>(q);
-}
-
 struct Transfer {
   LocalFile file;
   const std::string* path = nullptr;
@@ -97,11 +90,7 @@ struct Transfer {
   std::string answer;
   bool answerCut = false;
 
-  CURL* easy = nullptr;
-  int32_t timeoutMs = 0;
-  bool idleTooLong = false;
-  curl_off_t lastMoved = 0;
-  curl_off_t lastMovedAt = 0;
+  IdleWatch watch;  // no deadline: a large file may take long, as long as it moves
 
   // The next chunk into the buffer; false when the upload must stop before it.
   bool nextChunk() {
@@ -120,7 +109,10 @@ struct Transfer {
   }
 
   void chunkHandedOver() {
-    if (events->fileProgress) events->fileProgress(percentOf(taken, file.size()), filename);
+    if (events->fileProgress)
+      events->fileProgress(
+          util::percentHalfEven(static_cast<int64_t>(taken), static_cast<int64_t>(file.size())),
+          filename);
     if (events->yield) events->yield();
   }
 };
@@ -156,23 +148,6 @@ size_t onAnswer(char* data, size_t, size_t n, void* user) {
   return take;
 }
 
-// The inactivity time-out of the SOAP transport, on libcurl's clock.
-int onProgress(void* user, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
-  auto& x = *static_cast<Transfer*>(user);
-  curl_off_t now = 0;
-  curl_easy_getinfo(x.easy, CURLINFO_TOTAL_TIME_T, &now);
-  if (down + up != x.lastMoved) {
-    x.lastMoved = down + up;
-    x.lastMovedAt = now;
-    return 0;
-  }
-  if (now - x.lastMovedAt >= curl_off_t{x.timeoutMs} * 1000) {
-    x.idleTooLong = true;
-    return 1;
-  }
-  return 0;
-}
-
 struct Outcome {
   Outcome(FileUpload::Code c = FileUpload::kNone, std::string m = {}, std::string d = {})
       : code(c), message(std::move(m)), detail(std::move(d)) {}
@@ -189,9 +164,9 @@ Outcome classify(CURLcode rc, const Transfer& x, const std::string& url, const c
   // Also when the connection failed after the page had answered: its reason beats ours.
   if (x.answer.find("Error:") != std::string::npos) return {FileUpload::kErrorAnswer, x.answer};
   if (rc == CURLE_OK || (rc == CURLE_WRITE_ERROR && x.answerCut)) return {};
-  if (x.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
+  if (x.watch.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
     return {FileUpload::kSendFailed, "Upload to " + url + " timed out: no byte moved for " +
-                                         std::to_string(x.timeoutMs) + " ms"};
+                                         std::to_string(x.watch.timeoutMs) + " ms"};
   }
   return {FileUpload::kSendFailed, kSendFailedText, errors[0] ? errors : curl_easy_strerror(rc)};
 }
@@ -236,7 +211,7 @@ FileUpload::FileUpload(ConnectionPool& pool, UploadEvents events, int32_t inacti
   curl_easy_setopt(e, CURLOPT_PATH_AS_IS, 1L);
   curl_easy_setopt(e, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(e, CURLOPT_NOPROGRESS, 0L);
-  curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, onProgress);
+  curl_easy_setopt(e, CURLOPT_XFERINFOFUNCTION, IdleWatch::onProgress);
   curl_easy_setopt(e, CURLOPT_READFUNCTION, onRead);
   curl_easy_setopt(e, CURLOPT_WRITEFUNCTION, onAnswer);
   curl_easy_setopt(e, CURLOPT_UPLOAD_BUFFERSIZE, kUploadBufferBytes);
@@ -264,8 +239,8 @@ std::string FileUpload::send(const std::string& url, const std::string& localPat
   x.events = &events_;
   x.cancel = &cancelled_;
   x.chunk = h.chunk.data();
-  x.easy = h.easy;
-  x.timeoutMs = timeoutMs_;
+  x.watch.easy = h.easy;
+  x.watch.timeoutMs = timeoutMs_;
 
   Outcome out;
   std::string opened = x.file.open(localPath);
@@ -280,7 +255,7 @@ std::string FileUpload::send(const std::string& url, const std::string& localPat
     curl_easy_setopt(e, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(x.file.size()));
     curl_easy_setopt(e, CURLOPT_READDATA, &x);
     curl_easy_setopt(e, CURLOPT_WRITEDATA, &x);
-    curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x);
+    curl_easy_setopt(e, CURLOPT_XFERINFODATA, &x.watch);
     h.errors[0] = '\0';
     h.busy = true;
     const CURLcode rc = curl_easy_perform(e);
