@@ -53,12 +53,13 @@ std::string readUntil(int fd, std::chrono::milliseconds limit, Done done) {
 
 }  // namespace
 
-SandboxProcess::SandboxProcess() {
+SandboxProcess::SandboxProcess(const std::vector<std::string>& options) {
   std::mt19937_64 random{std::random_device{}()};
   dataDir_ =
       std::filesystem::temp_directory_path() / ("telvane-sandbox-" + std::to_string(random()));
   std::vector<std::string> argv = {BRENMOOR_SANDBOX_PATH, "--port", "0", "--data",
                                    dataDir_.string()};
+  argv.insert(argv.end(), options.begin(), options.end());
 
   int fds[2];
   if (pipe(fds) != 0) throw std::runtime_error("pipe failed");

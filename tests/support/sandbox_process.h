@@ -12,12 +12,14 @@ namespace brenmoor::testing {
 // the object. Throws std::runtime_error when it does not come up within a few seconds.
 class SandboxProcess {
  public:
-  SandboxProcess();
+  // `options` are more of the sandbox's command-line options.
+  explicit SandboxProcess(const std::vector<std::string>& options = {});
   ~SandboxProcess();
   SandboxProcess(const SandboxProcess&) = delete;
   SandboxProcess& operator=(const SandboxProcess&) = delete;
 
   const std::string& baseUrl() const { return baseUrl_; }
+  const std::filesystem::path& dataDir() const { return dataDir_; }
 
  private:
   pid_t pid_ = -1;
