@@ -40,6 +40,13 @@ int main(int argc, char** argv) {
       ->type_name("NAME=LIMIT[:ACTION]");
   app.add_option("--disable-deployments", options.deployments_disabled,
                  "Account id whose deploy is refused; repeatable");
+  int simulated_viewers = 0;
+  std::uint32_t simulation_seed = 1;
+  app.add_option("--simulate-viewers", simulated_viewers,
+                 "Add N synthetic viewers of the demo project's pages over the last 30 days")
+      ->check(CLI::Range(0, 100000));
+  app.add_option("--simulation-seed", simulation_seed, "Seed of --simulate-viewers")
+      ->capture_default_str();
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -49,6 +56,7 @@ int main(int argc, char** argv) {
   try {
     sandbox::SandboxServer server(options);
     server.start();
+    if (simulated_viewers > 0) server.simulate_viewers(simulated_viewers, simulation_seed);
     std::cout << "listening on " << server.base_url() << std::endl;
     int received = 0;
     sigwait(&stop_signals, &received);

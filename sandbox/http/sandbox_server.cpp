@@ -12,6 +12,8 @@
 #include "services/services.h"
 #include "store/demo_seed.h"
 #include "store/schema.h"
+#include "store/record_columns.h"
+#include "viewers/simulated_viewers.h"
 
 namespace sandbox {
 namespace {
@@ -53,6 +55,7 @@ SandboxServer::SandboxServer(const ServerOptions& options)
       dispatcher_(db_, info_, all_services(), options.process_step),
       upload_pages_(dispatcher_, info_, options.max_upload_bytes),
       file_pages_(dispatcher_, info_),
+      viewer_pages_(dispatcher_),
       admin_pages_(dispatcher_),
       http_(std::make_unique<httplib::Server>()) {
   create_schema(db_);
@@ -106,6 +109,10 @@ void SandboxServer::install_routes(bool log) {
       response.status = oversized || response.status == 413 ? 413 : 400;
       return;
     }
+    if (ViewerPages::serves(collapse_slashes(request.path))) {
+      viewer_pages_.handle_post(request, body, response);
+      return;
+    }
     if (!service) {
       response.status = 404;
       response.set_content("No service at this path\n", "text/plain");
@@ -120,6 +127,9 @@ void SandboxServer::install_routes(bool log) {
 
   http_->Get(".*", [this](const httplib::Request& request, httplib::Response& response) {
     if (AdminPages::serves(collapse_slashes(request.path))) return admin_pages_.handle(response);
+    if (ViewerPages::serves(collapse_slashes(request.path))) {
+      return viewer_pages_.handle_get(request, response);
+    }
     file_pages_.handle(request, response);
   });
 
@@ -146,6 +156,12 @@ int SandboxServer::start() {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return port;
+}
+
+void SandboxServer::simulate_viewers(int count, std::uint32_t seed) {
+  dispatcher_.with_store([&](Database& db) {
+    sandbox::simulate_viewers(db, count, seed, info_.base_url, now_ms());
+  });
 }
 
 void SandboxServer::stop() {

@@ -14,6 +14,7 @@
 #include "http/file_pages.h"
 #include "http/upload_pages.h"
 #include "store/database.h"
+#include "viewers/viewer_pages.h"
 
 namespace httplib {
 class Server;
@@ -36,8 +37,8 @@ struct ServerOptions {
   std::set<std::int64_t> deployments_disabled;  // account ids whose "deploy" is refused
 };
 
-// The HTTP front of the sandbox: the five SOAP endpoints, the upload pages and the pages that
-// serve uploaded files, over one store.
+// The HTTP front of the sandbox: the five SOAP endpoints, the upload pages, the pages that
+// serve uploaded files and the deployed pages that viewers visit, over one store.
 class SandboxServer {
  public:
   // Opens the store, creates the schema and seeds the demo data when asked or when
@@ -52,6 +53,9 @@ class SandboxServer {
   int start();
   // "http://HOST:PORT", valid after start().
   const std::string& base_url() const { return info_.base_url; }
+  // Adds synthetic viewers to the demo project's pages (see viewers/simulated_viewers.h);
+  // call after start(), since the pages' links need the base URL.
+  void simulate_viewers(int count, std::uint32_t seed);
   // Stops serving, waits for requests in progress and ends background processes; safe to
   // call more than once.
   void stop();
@@ -65,6 +69,7 @@ class SandboxServer {
   Dispatcher dispatcher_;
   UploadPages upload_pages_;
   FilePages file_pages_;
+  ViewerPages viewer_pages_;
   AdminPages admin_pages_;
   std::unique_ptr<httplib::Server> http_;
   std::thread listener_;

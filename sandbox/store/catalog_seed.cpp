@@ -30,6 +30,11 @@ INSERT INTO templates (guid, name, description, type, flags, folder_name, icon_u
   ('tpl-qa-panel', 'Q&A Panel', 'Lets viewers send questions to the presenter', 'page', 'live',
    'qa_panel', '/icons/qa_panel.png', 320, 600, 1,
    '<METADATA><author>Telvane Studio</author><category>Interaction</category></METADATA>',
+   1705309200000, 1705309200000),
+  ('tpl-audience', 'Audience Response',
+   'A poll, a feedback survey and questions; asks viewers to register', 'page', 'live', 'audience_response', '/icons/audience_response.png', 480, 720, 1,
+   '<METADATA><author>Telvane Studio</author><category>Interaction</category>'
+   || '<registration>required</registration></METADATA>',
    1705309200000, 1705309200000);
 
 INSERT INTO components (guid, template_guid, position, class_name, label) VALUES
@@ -37,7 +42,11 @@ INSERT INTO components (guid, template_guid, position, class_name, label) VALUES
   ('cmp-title-logo', 'tpl-title-page', 1, 'Image', 'Logo'),
   ('cmp-video-main', 'tpl-video-player', 0, 'VideoPlayer', 'Main video'),
   ('cmp-slides-deck', 'tpl-slide-viewer', 0, 'SlideDeck', 'Slides'),
-  ('cmp-qa-form', 'tpl-qa-panel', 0, 'QuestionForm', 'Questions');
+  ('cmp-qa-form', 'tpl-qa-panel', 0, 'QuestionForm', 'Questions'),
+  ('cmp-audience-intro', 'tpl-audience', 0, 'TextBlock', 'Intro'),
+  ('cmp-audience-poll', 'tpl-audience', 1, 'Poll', 'Session rating'),
+  ('cmp-audience-survey', 'tpl-audience', 2, 'Survey', 'Feedback'),
+  ('cmp-audience-questions', 'tpl-audience', 3, 'QuestionForm', 'Questions');
 
 INSERT INTO component_properties (component_guid, position, name, value, asset_dependencies,
                                   asset_id, manageable, manageid) VALUES
@@ -50,7 +59,16 @@ INSERT INTO component_properties (component_guid, position, name, value, asset_d
   ('cmp-slides-deck', 0, 'deck', '', '', '', 1, 'slide-deck'),
   ('cmp-slides-deck', 1, 'startSlide', '1', '', '', 0, ''),
   ('cmp-qa-form', 0, 'moderated', 'true', '', '', 1, 'qa-moderated'),
-  ('cmp-qa-form', 1, 'maxLength', '500', '', '', 0, '');
+  ('cmp-qa-form', 1, 'maxLength', '500', '', '', 0, ''),
+  ('cmp-audience-intro', 0, 'text', 'Tell us what you think', '', '', 1, 'audience-intro'),
+  ('cmp-audience-poll', 0, 'question', 'How would you rate this session?', '', '', 1,
+   'poll-question'),
+  ('cmp-audience-poll', 1, 'answers', 'Excellent|Good|Fair|Poor', '', '', 1, 'poll-answers'),
+  ('cmp-audience-survey', 0, 'q1', 'Which part was most useful?|Talks|Demos|Questions', '', '',
+   1, 'survey-q1'),
+  ('cmp-audience-survey', 1, 'q2', 'What should we change next time?', '', '', 1, 'survey-q2'),
+  ('cmp-audience-questions', 0, 'moderated', 'false', '', '', 1, 'audience-moderated'),
+  ('cmp-audience-questions', 1, 'maxLength', '500', '', '', 0, '');
 
 INSERT INTO themes (guid, name, description, type, width, height, sm_icon_url, lg_icon_url,
                     created_at, modified_at) VALUES

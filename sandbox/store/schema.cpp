@@ -265,7 +265,6 @@ CREATE TABLE IF NOT EXISTS asset_representations (
   upload_key TEXT NOT NULL REFERENCES uploads(key),
   PRIMARY KEY (asset_guid, position)
 );
-
 -- Users and accounts made through the Accounts service. The key names an account to
 -- operations that have no session; closed users can no longer sign in.
 CREATE TABLE IF NOT EXISTS user_profiles (
@@ -338,6 +337,71 @@ CREATE TABLE IF NOT EXISTS registrant_details (
   screen_depth INTEGER NOT NULL DEFAULT 0,
   screen_height INTEGER NOT NULL DEFAULT 0,
   screen_width INTEGER NOT NULL DEFAULT 0
+);
+-- Viewers of deployed pages, known by the TelvaneViewer cookie, and what they did there.
+-- Rows follow their template: deleting it deletes its viewing history.
+CREATE TABLE IF NOT EXISTS viewers (
+  guid TEXT PRIMARY KEY,
+  first_seen INTEGER NOT NULL
+);
+CREATE TABLE IF NOT EXISTS page_hits (
+  id INTEGER PRIMARY KEY,
+  guid TEXT NOT NULL UNIQUE,
+  template_guid TEXT NOT NULL REFERENCES templates(guid) ON DELETE CASCADE,
+  deployment_guid TEXT NOT NULL,
+  viewer_guid TEXT NOT NULL REFERENCES viewers(guid),
+  hit_at INTEGER NOT NULL,
+  closed_at INTEGER,
+  time_spent INTEGER NOT NULL DEFAULT 0,
+  ip TEXT NOT NULL,
+  host_name TEXT NOT NULL,
+  browser_type TEXT NOT NULL,
+  browser_version INTEGER NOT NULL,
+  operating_system TEXT NOT NULL,
+  language TEXT NOT NULL,
+  country TEXT NOT NULL,
+  has_cookies INTEGER NOT NULL
+);
+CREATE INDEX IF NOT EXISTS page_hits_by_template ON page_hits (template_guid, hit_at);
+CREATE TABLE IF NOT EXISTS viewer_registrations (
+  viewer_guid TEXT NOT NULL REFERENCES viewers(guid),
+  project_guid TEXT NOT NULL REFERENCES projects(guid) ON DELETE CASCADE,
+  registrant_guid TEXT NOT NULL,
+  PRIMARY KEY (viewer_guid, project_guid)
+);
+CREATE TABLE IF NOT EXISTS poll_responses (
+  id INTEGER PRIMARY KEY,
+  template_guid TEXT NOT NULL REFERENCES templates(guid) ON DELETE CASCADE,
+  poll_guid TEXT NOT NULL,
+  answer_id INTEGER NOT NULL,
+  viewer_guid TEXT NOT NULL REFERENCES viewers(guid),
+  responded_at INTEGER NOT NULL
+);
+CREATE TABLE IF NOT EXISTS survey_responses (
+  id INTEGER PRIMARY KEY,
+  guid TEXT NOT NULL UNIQUE,
+  template_guid TEXT NOT NULL REFERENCES templates(guid) ON DELETE CASCADE,
+  survey_guid TEXT NOT NULL,
+  question_guid TEXT NOT NULL,
+  answer_guid TEXT NOT NULL,
+  answer_txt TEXT NOT NULL,
+  viewer_guid TEXT NOT NULL REFERENCES viewers(guid),
+  responded_at INTEGER NOT NULL
+);
+CREATE TABLE IF NOT EXISTS qa_items (
+  guid TEXT PRIMARY KEY,
+  template_guid TEXT NOT NULL REFERENCES templates(guid) ON DELETE CASCADE,
+  viewer_guid TEXT NOT NULL REFERENCES viewers(guid),
+  question_at INTEGER NOT NULL,
+  question_txt TEXT NOT NULL,
+  name TEXT NOT NULL,
+  location TEXT NOT NULL,
+  category TEXT NOT NULL,
+  status TEXT NOT NULL,
+  answer_txt TEXT NOT NULL DEFAULT '',
+  answer_at INTEGER,
+  submitter_ip TEXT NOT NULL,
+  submitter_host_name TEXT NOT NULL
 );
 )sql");
 }
