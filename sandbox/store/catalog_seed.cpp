@@ -32,7 +32,8 @@ INSERT INTO templates (guid, name, description, type, flags, folder_name, icon_u
    '<METADATA><author>Telvane Studio</author><category>Interaction</category></METADATA>',
    1705309200000, 1705309200000),
   ('tpl-audience', 'Audience Response',
-   'A poll, a feedback survey and questions; asks viewers to register', 'page', 'live', 'audience_response', '/icons/audience_response.png', 480, 720, 1,
+   'A poll, a feedback survey and questions; asks viewers to register', 'page', 'live',
+   'audience_response', '/icons/audience_response.png', 480, 720, 1,
    '<METADATA><author>Telvane Studio</author><category>Interaction</category>'
    || '<registration>required</registration></METADATA>',
    1705309200000, 1705309200000);
