@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages Brenmoor builds and tests with. Safe to run again.
+# Installs the Debian packages Brenmoor builds with; with --tests, also what only the tests use
+# (a headless browser that visits the sandbox's pages). Safe to run again.
 set -euo pipefail
 
 packages=(
@@ -8,6 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libcli11-dev libssl-dev libbenchmark-dev
   nlohmann-json3-dev help2man
 )
+[[ "${1:-}" == "--tests" ]] && packages+=(chromium)
 
 missing=()
 for p in "${packages[@]}"; do

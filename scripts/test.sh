@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-bash scripts/install-deps.sh
+bash scripts/install-deps.sh --tests
 
 build=build
 flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo)
