@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
 # The main job: builds Brenmoor, starts the Telvane sandbox on a free loopback port with a
 # temporary data folder, tours the command-line tool against it, and stops the sandbox.
+# BRENMOOR_BUILD_DIR names the build folder (default: build).
 set -euo pipefail
 cd "$(dirname "$0")/.."
+build=${BRENMOOR_BUILD_DIR:-build}
 
 bash scripts/install-deps.sh
-cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build -j "$(nproc)" --target telvane-sandbox brenmoor-cli
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$build" -j "$(nproc)" --target telvane-sandbox brenmoor-cli
 
 data=$(mktemp -d)
 log="$data/sandbox.out"
-./build/sandbox/telvane-sandbox --port 0 --data "$data/db" --log >"$log" 2>"$data/sandbox.log" &
+"$build"/sandbox/telvane-sandbox --port 0 --data "$data/db" --log >"$log" 2>"$data/sandbox.log" &
 sandbox=$!
 trap 'kill $sandbox 2>/dev/null || true; wait $sandbox 2>/dev/null || true; rm -rf "$data"' EXIT
 
@@ -24,7 +26,7 @@ done
 
 cli() {
   echo "\$ brenmoor $*"
-  ./build/tools/brenmoor --url "$url" "$@"
+  "$build"/tools/brenmoor --url "$url" "$@"
   echo
 }
 
@@ -37,7 +39,7 @@ cli --user demo@example.com --password demo accounts
 cli --user demo@example.com --password demo --account 1001 login
 cli --user demo@example.com --password demo connect
 echo "\$ BRENMOOR_PASSWORD=demo brenmoor --trace --user demo@example.com accounts   (secrets masked)"
-BRENMOOR_PASSWORD=demo ./build/tools/brenmoor --url "$url" --trace --user demo@example.com accounts 2>&1
+BRENMOOR_PASSWORD=demo "$build"/tools/brenmoor --url "$url" --trace --user demo@example.com accounts 2>&1
 echo
 
 as_demo=(--user demo@example.com --password demo --account 1001)
@@ -46,7 +48,7 @@ cli "${as_demo[@]}" themes list
 cli "${as_demo[@]}" --json themes list
 cli "${as_demo[@]}" records show --theme theme-classroom
 echo "\$ brenmoor ${as_demo[*]} projects create Launch --description 'Spring launch'"
-project=$(./build/tools/brenmoor --url "$url" "${as_demo[@]}" projects create Launch --description "Spring launch")
+project=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" projects create Launch --description "Spring launch")
 echo "$project"
 echo
 cli "${as_demo[@]}" templates copy tpl-video-player "$project" "Keynote video"
@@ -56,14 +58,52 @@ cli "${as_demo[@]}" projects clear "$project"
 cli "${as_demo[@]}" projects list
 cli "${as_demo[@]}" projects delete "$project"
 echo "\$ brenmoor ${as_demo[*]} --max-answer-bytes 2000 templates list   (refused on purpose)"
-./build/tools/brenmoor --url "$url" "${as_demo[@]}" --max-answer-bytes 2000 templates list ||
+"$build"/tools/brenmoor --url "$url" "${as_demo[@]}" --max-answer-bytes 2000 templates list ||
   echo "exit status $?"
 echo
+echo "Assets: a folder, an asset of two generated files, found, previewed and removed"
+echo "\$ brenmoor ${as_demo[*]} folders create 'Demo talks'"
+folder=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" folders create "Demo talks")
+echo "$folder"
+echo
+head -c 300000 /dev/urandom >"$data/keynote.mp4"
+head -c 40000 /dev/urandom >"$data/keynote-low.mp4"
+echo "\$ brenmoor ${as_demo[*]} assets upload keynote.mp4 keynote-low.mp4 --name Keynote --folder $folder --description 'Spring keynote'"
+echo "  (standard error is not a terminal here, so the progress comes as plain lines)"
+asset=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" assets upload "$data/keynote.mp4" \
+  "$data/keynote-low.mp4" --name Keynote --folder "$folder" --description "Spring keynote" \
+  2>"$data/progress")
+cat "$data/progress"
+echo "$asset"
+echo
+cli "${as_demo[@]}" assets list --folder "$folder"
+cli "${as_demo[@]}" --json assets search keynote
+echo "\$ curl \$(brenmoor ${as_demo[*]} assets preview $asset)"
+preview=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" assets preview "$asset")
+curl --silent --show-error --fail --noproxy '*' --max-time 10 -o "$data/preview" "$preview"
+cmp "$data/preview" "$data/keynote.mp4"
+echo "$preview: the $(stat -c %s "$data/preview") bytes of keynote.mp4"
+echo
+cli "${as_demo[@]}" folders tree
+cli "${as_demo[@]}" folders clear "$folder" --async
+cli "${as_demo[@]}" folders delete "$folder"
+
+echo "Quotas, registrants and e-mail"
+cli "${as_demo[@]}" quota
+echo "\$ brenmoor ${as_demo[*]} projects create 'Open day'"
+project=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" projects create "Open day")
+echo "$project"
+echo
+cli "${as_demo[@]}" registrants add "$project" ada@example.com --first-name Ada --last-name Lovelace
+cli "${as_demo[@]}" registrants list "$project"
+cli "${as_demo[@]}" projects delete "$project"
+cli "${as_demo[@]}" email send ada@example.com --subject "Open day" --message "See you there."
+
 echo "\$ brenmoor --user demo@example.com --password wrong accounts   (fails on purpose)"
-./build/tools/brenmoor --url "$url" --user demo@example.com --password wrong accounts || echo "exit status $?"
+"$build"/tools/brenmoor --url "$url" --user demo@example.com --password wrong accounts || echo "exit status $?"
 echo
 echo "\$ brenmoor --url http://127.0.0.1:1 ping   (nothing listens there: fails on purpose)"
-./build/tools/brenmoor --url http://127.0.0.1:1 ping || echo "exit status $?"
+"$build"/tools/brenmoor --url http://127.0.0.1:1 ping || echo "exit status $?"
 echo
 echo "Sandbox requests:"
 cat "$data/sandbox.log"

@@ -1,9 +1,14 @@
-// The brenmoor command-line tool as a user runs it: settings, JSON, the trace and exit codes,
-// against a sandbox process (and a scripted server for a version refusal).
+// The brenmoor command-line tool as a user runs it: settings, JSON, the trace, exit codes,
+// assets and folders, against a sandbox process (and a scripted server for a version refusal).
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -51,6 +56,47 @@ class Cli : public testing::SandboxTest {
     args.insert(args.begin(),
                 {"--url", sandbox->baseUrl(), "--user", kDemoUser, "--password", kDemoPassword});
     return args;
+  }
+
+  // Runs the tool, waits for its first line on standard error, sends it SIGINT and returns its
+  // exit status (-1 when no line came within the time).
+  int interruptAfterFirstErrorLine(const std::vector<std::string>& args) {
+    std::vector<std::string> words = {"/usr/bin/env", "-i", "XDG_CONFIG_HOME=" + config.string(),
+                                      BRENMOOR_CLI_PATH};
+    words.insert(words.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (auto& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    int fds[2];
+    if (pipe(fds) != 0) return -1;
+    const pid_t pid = fork();
+    if (pid == 0) {
+      dup2(fds[1], STDERR_FILENO);
+      close(fds[0]);
+      execv(argv[0], argv.data());
+      _exit(127);
+    }
+    close(fds[1]);
+    std::string err;
+    // Reads until `enough` or the end, bounded; the child keeps a reader for its last words.
+    const auto readUntil = [&](auto enough) {
+      for (int reads = 0; reads < 1000 && !enough(); ++reads) {
+        pollfd p{fds[0], POLLIN, 0};
+        char buf[256];
+        if (poll(&p, 1, 10000) <= 0) return;
+        const ssize_t n = read(fds[0], buf, sizeof buf);
+        if (n <= 0) return;
+        err.append(buf, static_cast<size_t>(n));
+      }
+    };
+    readUntil([&] { return err.find('\n') != std::string::npos; });
+    const bool lineCame = err.find('\n') != std::string::npos;
+    kill(pid, lineCame ? SIGINT : SIGKILL);
+    readUntil([] { return false; });
+    close(fds[0]);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return lineCame && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
   std::filesystem::path config;
@@ -155,6 +201,54 @@ TEST_F(Cli, ExitsWithTheClassOfFailure) {
   refusing.setDefault(testing::Reply::xml(
       testing::scalarAnswer("isCompatible", "false", "boolean", "urn:telvane-login")));
   EXPECT_EQ(run({}, {"--url", refusing.baseUrl(), "compatible"}).status, 5);
+}
+
+TEST_F(Cli, UploadsFindsAndDeletesAssetsInAFolder) {
+  const auto as = [this](std::vector<std::string> args) {
+    args.insert(args.begin(), {"--account", "1001"});
+    return run({}, asDemo(args));
+  };
+  const auto created = as({"--json", "folders", "create", "CLI talks"});
+  ASSERT_EQ(created.status, 0) << created.err;
+  const std::string folder = std::to_string(json::parse(created.out)["id"].get<int>());
+  const json tree = json::parse(as({"--json", "folders", "tree"}).out);
+  EXPECT_TRUE(std::any_of(tree.begin(), tree.end(), [&](const json& node) {
+    return node["name"] == "CLI talks" && std::to_string(node["id"].get<int>()) == folder;
+  })) << tree;
+
+  const std::string talk = write("talk.mp4", std::string(100000, 't'), 0600);
+  const std::string low = write("talk-low.mp4", std::string(5000, 'l'), 0600);
+  const auto uploaded = as({"assets", "upload", talk, low, "--name", "CLI keynote", "--folder",
+                            folder, "--description", "Spring"});
+  ASSERT_EQ(uploaded.status, 0) << uploaded.err;
+  EXPECT_NE(uploaded.err.find("100%"), std::string::npos) << uploaded.err;  // plain lines
+  const std::string guid = uploaded.out.substr(0, uploaded.out.find('\n'));
+
+  const json listed = json::parse(as({"--json", "assets", "list", "--folder", folder}).out);
+  ASSERT_EQ(listed.size(), 1u) << listed;
+  EXPECT_EQ(listed[0]["guid"], guid);
+  EXPECT_EQ(listed[0]["name"], "CLI keynote");
+  EXPECT_EQ(listed[0]["typeText"], "Video");  // from the extension
+  EXPECT_EQ(as({"assets", "list", "--folder", folder, "--search", "Autumn"}).out, "");
+  EXPECT_EQ(as({"assets", "search", "cli keynote"}).out.substr(0, guid.size()), guid);
+
+  EXPECT_EQ(as({"folders", "delete", folder}).status, 1);  // not empty
+  EXPECT_EQ(as({"assets", "delete", guid}).status, 0);
+  EXPECT_EQ(as({"assets", "list", "--folder", folder}).out, "");
+  EXPECT_EQ(as({"folders", "delete", folder}).status, 0);
+}
+
+TEST_F(Cli, CancelsAnUploadOnInterrupt) {
+  const auto big = config / "big.mp4";
+  std::ofstream(big).close();
+  std::filesystem::resize_file(big, 1ull << 30);  // sparse: the cancel comes long before its end
+  const auto folder = run({}, asDemo({"--account", "1001", "folders", "create", "Cancelled"}));
+  ASSERT_EQ(folder.status, 0) << folder.err;
+  const std::string id = folder.out.substr(0, folder.out.find('\n'));
+  EXPECT_EQ(interruptAfterFirstErrorLine(asDemo({"--account", "1001", "assets", "upload",
+                                                 big.string(), "--name", "Big", "--folder", id})),
+            130);
+  EXPECT_EQ(run({}, asDemo({"--account", "1001", "assets", "list", "--folder", id})).out, "");
 }
 
 }  // namespace
