@@ -238,6 +238,16 @@ TEST_F(Cli, UploadsFindsAndDeletesAssetsInAFolder) {
   EXPECT_EQ(as({"folders", "delete", folder}).status, 0);
 }
 
+TEST_F(Cli, PrintsQuotasAsJson) {
+  const json quotas = json::parse(run({}, asDemo({"--account", "1001", "--json", "quota"})).out);
+  ASSERT_EQ(quotas.size(), 3u) << quotas;
+  for (const json& quota : quotas) {
+    EXPECT_TRUE(quota["limit"].is_number() && quota["used"].is_number()) << quota;
+    EXPECT_EQ(quota["failAction"], "block");
+  }
+  EXPECT_EQ(quotas[0]["name"], "Projects");
+}
+
 TEST_F(Cli, CancelsAnUploadOnInterrupt) {
   const auto big = config / "big.mp4";
   std::ofstream(big).close();

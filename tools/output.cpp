@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 
 namespace brenmoor::cli {
@@ -16,6 +17,13 @@ void printJson(const json& value) {
 std::string cell(const json& value) {
   if (value.is_string()) return value.get<std::string>();
   if (value.is_null()) return "";
+  // Whole amounts (quotas send doubles) read better without ".0" in a table.
+  if (value.is_number_float()) {
+    const double number = value.get<double>();
+    if (std::abs(number) < 1e15 && number == std::trunc(number)) {
+      return std::to_string(static_cast<long long>(number));
+    }
+  }
   return value.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 

@@ -15,9 +15,10 @@ void addRegistrantCommands(CLI::App& app, Context& context) {
       "  brenmoor --profile work --account 1001 registrants add PROJECT ada@example.com "
       "--first-name Ada\n"
       "  brenmoor --profile work --account 1001 registrants update PROJECT --email "
-      "ada@example.com --last-name King\n"
-      "Passwords come from --user-password-file, BRENMOOR_USER_PASSWORD or a prompt without "
-      "echo.");
+      "ada@example.com \\\n"
+      "      --first-name Ada --last-name King\n"
+      "Passwords (--set-password) come from --user-password-file, BRENMOOR_USER_PASSWORD or a "
+      "prompt\nwithout echo.");
   registrants->require_subcommand(1);
 
   struct Args {
@@ -106,6 +107,10 @@ void addRegistrantCommands(CLI::App& app, Context& context) {
         std::string password;
         if (!readPassword(password)) return;
         const bool named = !a.firstName.empty() || !a.lastName.empty();
+        if (named && (a.firstName.empty() || a.lastName.empty())) {
+          // The service sets both names at once: one alone would blank the other.
+          return void(context.status = usageError("give both --first-name and --last-name"));
+        }
         if (!named && a.customXml.empty() && password.empty()) {
           return void(context.status = usageError("nothing to change: give a name, --custom-xml or "
                                                   "a password"));
