@@ -29,11 +29,12 @@ inline int exitCodeFor(int lastErrID) {
 inline constexpr const char* kExitCodesHelp =
     "Exit status:\n"
     "  0    success\n"
-    "  1    a call failed (the library's error number and message on standard error)\n"
+    "  1    a call failed (the library's error number and message on standard error), a user\n"
+    "       that users check refuses, an upload that left files out\n"
     "  2    usage error (options, settings, profile file)\n"
     "  3    cannot reach the server (time-out, unusable address, refused connection)\n"
     "  4    sign-in refused (wrong user name or password)\n"
     "  5    the server does not accept this version of the library\n"
-    "  130  interrupted (Ctrl-C)";
+    "  130  interrupted (Ctrl-C; an upload in progress is cancelled first)";
 
 }  // namespace brenmoor::cli
