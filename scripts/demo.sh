@@ -105,5 +105,52 @@ echo
 echo "\$ brenmoor --url http://127.0.0.1:1 ping   (nothing listens there: fails on purpose)"
 "$build"/tools/brenmoor --url http://127.0.0.1:1 ping || echo "exit status $?"
 echo
+echo "Reports: a deployed page visited by three viewers, a vote and a question"
+echo "\$ brenmoor ${as_demo[*]} projects create 'Town hall'"
+project=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" projects create "Town hall")
+echo "$project"
+echo
+echo "\$ brenmoor ${as_demo[*]} templates copy tpl-audience $project Audience"
+page=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" templates copy tpl-audience "$project" Audience)
+echo "$page"
+echo
+echo "\$ brenmoor ${as_demo[*]} records create $project --template $page --name 'Town hall'"
+record=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" records create "$project" --template "$page" --name "Town hall")
+echo "$record"
+echo
+echo "\$ brenmoor ${as_demo[*]} records deploy --record $record --template $page"
+deployment=$("$build"/tools/brenmoor --url "$url" "${as_demo[@]}" records deploy --record "$record" --template "$page")
+echo "$deployment"
+echo
+live="$url/live/$deployment/"
+# Each viewer keeps its own cookie jar, so the page tells them apart.
+visit() {
+  local jar=$1
+  shift
+  curl --silent --show-error --fail --noproxy '*' --max-time 10 -b "$data/$jar" -c "$data/$jar" "$@"
+}
+echo "\$ curl $live   (Ada twice with Firefox, Ben with Chrome, each with a cookie jar; one plain curl)"
+ada=(-A "Mozilla/5.0 (X11; Linux x86_64; rv:126.0) Gecko/20100101 Firefox/126.0" -H "Accept-Language: en-GB")
+ben=(-A "Mozilla/5.0 (Windows NT 10.0; Win64; x64) Chrome/125.0.0.0 Safari/537.36" -H "Accept-Language: de-DE")
+visit ada "${ada[@]}" -o /dev/null "$live"
+visit ada "${ada[@]}" -o "$data/page.html" "$live"
+field() { grep -o "name=\"$1\" value=\"[^\"]*\"" "$data/page.html" | head -n 1 | cut -d'"' -f4; }
+hit=$(field hit)
+visit ada "${ada[@]}" -o /dev/null --data "hit=$hit&poll=$(field poll)&answer=1" "${live}poll"
+visit ada "${ada[@]}" -o /dev/null --data "hit=$hit&question=Will+the+slides+be+online%3F&name=Ada&location=Leeds" "${live}question"
+visit ada "${ada[@]}" -o /dev/null "${live}close?hit=$hit"
+visit ben "${ben[@]}" -o /dev/null "$live"
+curl --silent --show-error --fail --noproxy '*' --max-time 10 -o /dev/null "$live"
+echo
+cli "${as_demo[@]}" reports hits "$page"
+echo "\$ brenmoor ${as_demo[*]} reports viewers $page --json | head -n 25"
+# Through a file: head leaving early would end brenmoor with SIGPIPE, and pipefail the demo.
+"$build"/tools/brenmoor --url "$url" "${as_demo[@]}" reports viewers "$page" --json >"$data/viewers.json"
+head -n 25 "$data/viewers.json"
+echo
+cli "${as_demo[@]}" polls "$page"
+cli "${as_demo[@]}" qa "$page"
+cli "${as_demo[@]}" projects delete "$project"
+
 echo "Sandbox requests:"
 cat "$data/sandbox.log"

@@ -248,6 +248,30 @@ TEST_F(Cli, PrintsQuotasAsJson) {
   EXPECT_EQ(quotas[0]["name"], "Projects");
 }
 
+TEST_F(Cli, ReportsNoHitsOfAPageNotYetVisited) {
+  const auto as = [this](std::vector<std::string> args) {
+    args.insert(args.begin(), {"--account", "1001"});
+    return run({}, asDemo(args));
+  };
+  const auto firstLine = [](const ProgramRun& result) {
+    return result.out.substr(0, result.out.find('\n'));
+  };
+  const std::string project = firstLine(as({"projects", "create", "CLI reports"}));
+  const std::string page = firstLine(as({"templates", "copy", "tpl-audience", project, "Poll"}));
+  const auto record = as({"records", "create", project, "--template", page});
+  ASSERT_EQ(record.status, 0) << record.err;
+  ASSERT_EQ(as({"records", "deploy", "--record", firstLine(record), "--template", page}).status, 0);
+
+  const auto hits = as({"reports", "hits", page, "--from", "2024-01-01", "--json"});
+  ASSERT_EQ(hits.status, 0) << hits.err;
+  const json report = json::parse(hits.out);
+  EXPECT_EQ(report["total"], 0);
+  EXPECT_EQ(report["unique"], 0);
+  EXPECT_EQ(report["perDay"], json::array());
+  EXPECT_EQ(as({"reports", "hits", page, "--to", "2024-02-30"}).status, 2);
+  EXPECT_EQ(as({"projects", "delete", project}).status, 0);
+}
+
 TEST_F(Cli, CancelsAnUploadOnInterrupt) {
   const auto big = config / "big.mp4";
   std::ofstream(big).close();

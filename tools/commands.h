@@ -83,5 +83,6 @@ void addFolderCommands(CLI::App& app, Context& context);
 void addUserCommands(CLI::App& app, Context& context);
 void addRegistrantCommands(CLI::App& app, Context& context);
 void addQuotaCommands(CLI::App& app, Context& context);
+void addReportCommands(CLI::App& app, Context& context);
 
 }  // namespace brenmoor::cli

@@ -88,6 +88,7 @@ int main(int argc, char** argv) {
   addUserCommands(app, context);
   addRegistrantCommands(app, context);
   addQuotaCommands(app, context);
+  addReportCommands(app, context);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -11,7 +11,7 @@ namespace brenmoor::cli {
 void addRecordCommands(CLI::App& app, Context& context) {
   struct Args {
     std::vector<std::string> templates, records;
-    std::string theme;
+    std::string theme, project, name;
   };
   auto args = std::make_shared<Args>();
 
@@ -20,6 +20,7 @@ void addRecordCommands(CLI::App& app, Context& context) {
   records->footer(
       "Examples:\n"
       "  brenmoor --profile work --account 1001 records show --theme theme-classroom\n"
+      "  brenmoor --profile work --account 1001 records create PROJECT --template TPL\n"
       "  brenmoor --profile work --account 1001 records deploy --record REC --template TPL");
 
   auto* show = records->add_subcommand(
@@ -36,6 +37,22 @@ void addRecordCommands(CLI::App& app, Context& context) {
     } else {
       std::cout << record->getXML() << '\n';
     }
+  }));
+
+  auto* create = records->add_subcommand(
+      "create", "Attach a new record without entries to project templates; print its guid");
+  create->add_option("project", args->project, "Project guid")->required();
+  create->add_option("--template", args->templates, "Template guids")->required();
+  create->add_option("--name", args->name, "The record's name");
+  create->callback(signedIn(context, [&context, args](ZylService& service) {
+    DataRecord record;
+    record.name = args->name;
+    record.entries = std::make_shared<Collection<DataRecordEntry>>();
+    record.templateGuidList = std::make_shared<Collection<std::string>>();
+    for (const auto& guid : args->templates) record.templateGuidList()->Add(guid);
+    const std::string guid = service.createDataRecord(record, args->project, false);
+    if (guid.empty()) return void(context.status = failed(service, "creating the record"));
+    printValue(context.output, "guid", guid);
   }));
 
   auto* deploy = records->add_subcommand("deploy", "Deploy templates with records");

@@ -37,6 +37,13 @@ json value(const ThemeTemplate& item);
 json value(const DataRecordEntry& entry);
 json value(const DataRecordEntryValue& entryValue);
 json value(const ClientDetails& details);
+json value(const Client& client) {
+  return toJson(client);
+}
+json value(const PollAnswer& answer);
+json value(const SurveyAnswer& answer);
+json value(const SurveyQuestion& question);
+json value(const SurveyResponse& response);
 json value(const DeploymentInfo& deployment) {
   return toJson(deployment);
 }
@@ -123,6 +130,51 @@ json value(const ClientDetails& details) {
       .add("screenDepth", details.screenDepth)
       .add("screenHeight", details.screenHeight)
       .add("screenWidth", details.screenWidth)
+      .done();
+}
+
+json value(const PollAnswer& answer) {
+  return Object()
+      .add("answerID", answer.answerID)
+      .add("answerTxt", answer.answerTxt)
+      .add("count", answer.count)
+      .done();
+}
+
+json value(const SurveyAnswer& answer) {
+  return Object()
+      .add("answerTxt", answer.answerTxt)
+      .add("answerType", answer.answerType)
+      .add("col", answer.col)
+      .add("correct", answer.correct)
+      .add("count", answer.count)
+      .add("guid", answer.guid)
+      .add("row", answer.row)
+      .done();
+}
+
+json value(const SurveyQuestion& question) {
+  return Object()
+      .add("answers", question.answers)
+      .add("colCount", question.colCount)
+      .add("guid", question.guid)
+      .add("nonresponseCount", question.nonresponseCount)
+      .add("questionTxt", question.questionTxt)
+      .add("questionType", question.questionType)
+      .add("responseCount", question.responseCount)
+      .add("rowCount", question.rowCount)
+      .add("seqNo", question.seqNo)
+      .done();
+}
+
+json value(const SurveyResponse& response) {
+  return Object()
+      .add("answerGuid", response.answerGuid)
+      .add("answerTxt", response.answerTxt)
+      .add("guid", response.guid)
+      .add("questionGuid", response.questionGuid)
+      .add("responseDt", response.responseDt)
+      .add("userGuid", response.userGuid)
       .done();
 }
 
@@ -271,6 +323,61 @@ json toJson(const Quota& quota) {
       .add("failAction", quota.failAction)
       .add("used", quota.used)
       .add("defaultLimit", quota.defaultLimit)
+      .done();
+}
+
+json toJson(const PageHitInfo& hit) {
+  return Object()
+      .add("Client", hit.Client)
+      .add("closed", hit.closed)
+      .add("pagehitDate", hit.pagehitDate)
+      .add("timeSpent", hit.timeSpent)
+      .done();
+}
+
+json toJson(const PageViewerInfo& viewer) {
+  return Object()
+      .add("Client", viewer.Client)
+      .add("firstViewed", viewer.firstViewed)
+      .add("lastViewed", viewer.lastViewed)
+      .add("participated", viewer.participated)
+      .add("registered", viewer.registered)
+      .add("totalTimeOnPage", viewer.totalTimeOnPage)
+      .done();
+}
+
+json toJson(const PollQuestion& question) {
+  return Object()
+      .add("answers", question.answers)
+      .add("guid", question.guid)
+      .add("questionTxt", question.questionTxt)
+      .add("responseCount", question.responseCount)
+      .done();
+}
+
+json toJson(const Survey& survey) {
+  return Object()
+      .add("guid", survey.guid)
+      .add("name", survey.name)
+      .add("questions", survey.questions)
+      .add("responses", survey.responses)
+      .done();
+}
+
+json toJson(const QAItem& item) {
+  return Object()
+      .add("answerDt", item.answerDt)
+      .add("answerTxt", item.answerTxt)
+      .add("category", item.category)
+      .add("Client", item.Client)
+      .add("guid", item.guid)
+      .add("location", item.location)
+      .add("name", item.name)
+      .add("questionDt", item.questionDt)
+      .add("questionTxt", item.questionTxt)
+      .add("status", item.status)
+      .add("submitterHostname", item.submitterHostname)
+      .add("submitterIP", item.submitterIP)
       .done();
 }
 

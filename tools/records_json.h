@@ -21,6 +21,11 @@ nlohmann::json toJson(const ZylAsset& asset);
 nlohmann::json toJson(const ZylFolderNode& folder);
 nlohmann::json toJson(const Client& client);
 nlohmann::json toJson(const Quota& quota);
+nlohmann::json toJson(const PageHitInfo& hit);
+nlohmann::json toJson(const PageViewerInfo& viewer);
+nlohmann::json toJson(const PollQuestion& question);
+nlohmann::json toJson(const Survey& survey);
+nlohmann::json toJson(const QAItem& item);
 
 // A list of records as a JSON array.
 template <class Record>
