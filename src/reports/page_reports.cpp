@@ -2,13 +2,14 @@
 // (the zero date when none is given) to the end date (now when none is given).
 
 #include "brenmoor/zyl_service.h"
-#include "reports/report_range.h"
+#include "reports/report_common.h"
 #include "service/call.h"
 #include "users/client_record.h"
 
 namespace brenmoor {
 
 using namespace service;
+using reports::reportOperation;
 using reports::startOf;
 
 namespace {
@@ -38,42 +39,39 @@ int32_t asInt32(const Fields& returned) {
   return returned.as<int32_t>();
 }
 
-template <class Result>
-constexpr auto report(std::string_view name) {
-  return Operation<Result>(name, Service::Reports).keyless();
-}
 // The usual shape: a page and a date range.
 constexpr auto pageCount(std::string_view name) {
-  return report<int16_t>(name).sends("pageGuid", "startDate", "endDate").reads(asInt16);
+  return reportOperation<int16_t>(name).sends("pageGuid", "startDate", "endDate").reads(asInt16);
 }
 template <class T, void (*Fill)(const Fields&, T&)>
 constexpr auto pageList(std::string_view name) {
-  return report<std::shared_ptr<Collection<T>>>(name)
+  return reportOperation<std::shared_ptr<Collection<T>>>(name)
       .sends("pageGuid", "startDate", "endDate")
       .reads(listOf<T, Fill>);
 }
 
 constexpr auto kGetReport =
-    report<double>("").sends("pageGuid", "startDate", "endDate").reads(asDouble);
+    reportOperation<double>("").sends("pageGuid", "startDate", "endDate").reads(asDouble);
 constexpr auto kTotalPageHits = pageCount("getTotalPageHits");
 constexpr auto kTotalPageViewTime = pageCount("getTotalPageViewTime");
 constexpr auto kLimitedPageViewTime =
-    report<double>("getLimitedPageViewTime")
+    reportOperation<double>("getLimitedPageViewTime")
         .sends("pageGuid", "startDate", "endDate", "useDurationOnly")
         .reads(asDouble);
 constexpr auto kLimitedUserViewerTime =
-    report<double>("getLimitedUserViewerTime")
+    reportOperation<double>("getLimitedUserViewerTime")
         .sends("startDate", "endDate", "projectType", "templateType")
         .reads(asDouble);
-constexpr auto kUserStorageUsed =
-    report<int32_t>("getUserStorageUsed").sends("projectType", "templateType").reads(asInt32);
+constexpr auto kUserStorageUsed = reportOperation<int32_t>("getUserStorageUsed")
+                                      .sends("projectType", "templateType")
+                                      .reads(asInt32);
 constexpr auto kTotalParticipants = pageCount("getTotalParticipants");
 constexpr auto kTotalNonparticipants = pageCount("getTotalNonparticipants");
 constexpr auto kTotalParticipantRegistrants = pageCount("getTotalParticipantRegistrants");
 constexpr auto kTotalRegistrants =
-    report<int16_t>("getTotalRegistrants").sends("pageGuid").reads(asInt16);
+    reportOperation<int16_t>("getTotalRegistrants").sends("pageGuid").reads(asInt16);
 constexpr auto kUniquePageHits =
-    report<int16_t>("getUniquePageHits")
+    reportOperation<int16_t>("getUniquePageHits")
         .sends("pageGuid", "startDate", "endDate", "filter", "filterOperator", "filterValue")
         .reads(asInt16);
 constexpr auto kPageHitList = pageList<PageHitInfo, readPageHit>("getPageHitList_Array");

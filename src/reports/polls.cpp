@@ -1,13 +1,14 @@
 // Polls, surveys and the question-and-answer board of a page, from the Reports service.
 
 #include "brenmoor/zyl_service.h"
-#include "reports/report_range.h"
+#include "reports/report_common.h"
 #include "service/call.h"
 #include "users/client_record.h"
 
 namespace brenmoor {
 
 using namespace service;
+using reports::reportOperation;
 
 namespace {
 
@@ -100,38 +101,39 @@ std::vector<T> arrayOf(const Fields& list) {
   return items;
 }
 
-template <class Result>
-constexpr auto report(std::string_view name) {
-  return Operation<Result>(name, Service::Reports).keyless();
-}
 constexpr const char* kResponsesSince = "3.2.4.60";
 
 constexpr auto kPollSummary =
-    report<std::shared_ptr<Collection<PollQuestion>>>("getPollSummaryResults_Array")
+    reportOperation<std::shared_ptr<Collection<PollQuestion>>>("getPollSummaryResults_Array")
         .sends("pageGuid")
         .reads(listOf<PollQuestion, readPollQuestion>);
-constexpr auto kPollResponses = report<std::vector<PollResponse>>("getPollResponseList_Array")
-                                    .sends("pageGuid")
-                                    .reads(arrayOf<PollResponse, readPollResponse>)
-                                    .since(kResponsesSince);
-constexpr auto kSurveyList = report<std::shared_ptr<Collection<Survey>>>("getSurveyList_Array")
-                                 .sends("pageGuid")
-                                 .reads(listOf<Survey, readSurveyEntry>);
-constexpr auto kSurveySummary = report<std::shared_ptr<Survey>>("getSurveySummary")
+constexpr auto kPollResponses =
+    reportOperation<std::vector<PollResponse>>("getPollResponseList_Array")
+        .sends("pageGuid")
+        .reads(arrayOf<PollResponse, readPollResponse>)
+        .since(kResponsesSince);
+constexpr auto kSurveyList =
+    reportOperation<std::shared_ptr<Collection<Survey>>>("getSurveyList_Array")
+        .sends("pageGuid")
+        .reads(listOf<Survey, readSurveyEntry>);
+constexpr auto kSurveySummary = reportOperation<std::shared_ptr<Survey>>("getSurveySummary")
                                     .sends("pageGuid", "surveyGuid")
                                     .reads(record<Survey, readSurveySummary>);
-constexpr auto kSurveyResponses = report<std::vector<SurveyResponse>>("getSurveyResponseList_Array")
-                                      .sends("pageGuid", "surveyGuid")
-                                      .reads(arrayOf<SurveyResponse, readSurveyResponse>);
-constexpr auto kQAList = report<std::shared_ptr<Collection<QAItem>>>("getQAList_Array")
+constexpr auto kSurveyResponses =
+    reportOperation<std::vector<SurveyResponse>>("getSurveyResponseList_Array")
+        .sends("pageGuid", "surveyGuid")
+        .reads(arrayOf<SurveyResponse, readSurveyResponse>);
+constexpr auto kQAList = reportOperation<std::shared_ptr<Collection<QAItem>>>("getQAList_Array")
                              .sends("pageGuid", "startDate", "endDate")
                              .reads(listOf<QAItem, readQAItem>);
-constexpr auto kUpdateQAItem = report<bool>("updateQAItem")
+constexpr auto kUpdateQAItem = reportOperation<bool>("updateQAItem")
                                    .sends("guid", "answer", "question", "name", "location")
                                    .reads(asBool)
                                    .since(kResponsesSince);
-constexpr auto kUpdateQAItemStatus =
-    report<bool>("updateQAItemStatus").sends("guid", "status").reads(asBool).since(kResponsesSince);
+constexpr auto kUpdateQAItemStatus = reportOperation<bool>("updateQAItemStatus")
+                                         .sends("guid", "status")
+                                         .reads(asBool)
+                                         .since(kResponsesSince);
 
 }  // namespace
 
