@@ -166,7 +166,9 @@ TEST_F(ReportsTest, ViewersMakeTheCountsAndListsThatReportsAnswer) {
   for (pugi::xml_node hit : hit_list) closed += hit.child("closed").text().as_bool() ? 1 : 0;
   EXPECT_EQ(closed, 1);
 
-  const auto participants = items(reports("getParticipantList_Array", page_args()));
+  // The answer owns the nodes: keep it while they are read.
+  const Answer participantList = reports("getParticipantList_Array", page_args());
+  const auto participants = items(participantList);
   ASSERT_EQ(participants.size(), 2u);
   EXPECT_STREQ(participants[0].child("registered").text().get(), "true");
   EXPECT_STREQ(participants[1].child("registered").text().get(), "false");
@@ -187,7 +189,8 @@ TEST_F(ReportsTest, QuestionsAreAnsweredAndMovedAndReportsNeedASession) {
   Viewer viewer{std::string(kChromeLinux), "fr-FR"};
   viewer.visit(http, page_);
   viewer.post(http, page_ + "question", {{"question", "When is the break?"}});
-  const auto asked = items(reports("getQAList_Array", page_args()));
+  const Answer qaList = reports("getQAList_Array", page_args());
+  const auto asked = items(qaList);
   ASSERT_EQ(asked.size(), 1u);
   const std::string guid = asked[0].child("guid").text().get();
   EXPECT_STREQ(asked[0].child("status").text().get(), "approved");
@@ -198,7 +201,8 @@ TEST_F(ReportsTest, QuestionsAreAnsweredAndMovedAndReportsNeedASession) {
                                         arg("location", "string", ""))
                 .value(),
             "true");
-  const auto answered = items(reports("getQAList_Array", page_args()));
+  const Answer answeredList = reports("getQAList_Array", page_args());
+  const auto answered = items(answeredList);
   EXPECT_STREQ(answered[0].child("answerTxt").text().get(), "At 3");
   EXPECT_STREQ(answered[0].child("status").text().get(), "answered");
   viewer.visit(http, page_);
@@ -247,7 +251,8 @@ TEST_F(ReportsTest, HostileViewersBreakNothing) {
     EXPECT_EQ(answer.status, 200);
     EXPECT_TRUE(answer.document.document_element()) << "not well-formed: " << list;
   }
-  const auto hit = items(reports("getPageHitList_Array", page_args())).at(0);
+  const Answer hitList = reports("getPageHitList_Array", page_args());
+  const auto hit = items(hitList).at(0);
   EXPECT_EQ(hit.child("client").empty(), false);
 }
 
