@@ -80,7 +80,7 @@ Outcome Dispatcher::handle(const Service& service, std::string_view body,
     outcome.body = application_fault_envelope(fault, service.ns);
   } catch (const ServerException& error) {
     outcome.status = 500;
-    outcome.body = server_fault_envelope(error.what());
+    outcome.body = server_fault_envelope(error);
   } catch (const std::exception& error) {
     outcome.status = 500;
     outcome.body = server_fault_envelope(std::string("Internal error: ") + error.what());

@@ -15,6 +15,17 @@ std::string server_fault_envelope(std::string_view text) {
   return wrap_in_envelope(fault);
 }
 
+std::string server_fault_envelope(const ServerException& error) {
+  const auto* envelope_fault = dynamic_cast<const EnvelopeFault*>(&error);
+  if (!envelope_fault) return server_fault_envelope(std::string_view(error.what()));
+  std::string fault = "<soapenv:Fault><faultcode>soapenv:";
+  append_escaped(fault, envelope_fault->code());
+  fault += "</faultcode><faultstring>";
+  append_escaped(fault, envelope_fault->what());
+  fault += "</faultstring></soapenv:Fault>";
+  return wrap_in_envelope(fault);
+}
+
 std::string application_fault_envelope(const ApplicationFault& fault, std::string_view service_ns) {
   std::string entry = "<ns1:Fault xmlns:ns1=\"";
   append_escaped(entry, service_ns);
