@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages Brenmoor builds with; with --tests, also what only the tests use
-# (a headless browser that visits the sandbox's pages). Safe to run again.
+# (a headless browser that visits the sandbox's pages); with --fuzz, clang and its libFuzzer
+# runtime for scripts/fuzz.sh. Safe to run again.
 set -euo pipefail
 
 packages=(
@@ -10,6 +11,7 @@ packages=(
   nlohmann-json3-dev help2man
 )
 [[ "${1:-}" == "--tests" ]] && packages+=(chromium)
+[[ "${1:-}" == "--fuzz" ]] && packages+=(clang-14 libclang-rt-14-dev)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -14,6 +14,7 @@
 #include "brenmoor/error.h"
 #include "service/call.h"
 #include "soap/answer.h"
+#include "soap/answer_parser.h"
 #include "soap/failure.h"
 #include "soap_answers.h"
 #include "util/datetime.h"
@@ -302,6 +303,9 @@ TEST(AnswerRobustness, SharesReferencedValuesAndRefusesBrokenReferences) {
               std::string::npos)
         << external;
   }
+  // Fed without a size, so the element array is full when the refused empty element ends.
+  AnswerParser streamed("", std::string(kSource), {});
+  EXPECT_THROW(streamed.feed(soapEnvelope("<r><a/><x href=\"a\"/></r>")), Failure);
   EXPECT_NE(refusal(soapEnvelope("<r><x href=\"#gone\"/></r>")).find("#gone"), std::string::npos);
   EXPECT_EQ(Answer::parse(soapEnvelope("<r><x href=\"#m\"/></r><m id=\"m\" soapenc:root=\"0\">1</m>"
                                        "<m id=\"m\" soapenc:root=\"0\">2</m>"),

@@ -501,6 +501,9 @@ struct AnswerParser::Impl {
   template <class F>
   static void guarded(void* user, F&& f) {
     auto* self = static_cast<Impl*>(user);
+    // Expat still reports the end of an empty element whose start failed: after a failure no
+    // handler runs, or that end would close an element that was never added.
+    if (self->failure) return;
     try {
       f(self->builder);
     } catch (...) {
