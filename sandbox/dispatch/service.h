@@ -83,6 +83,10 @@ struct Operation {
   std::string_view name;
   Access access;
   Handler handler;
+  // The parts after the key and the answer's type, which the WSDL is made from, e.g.
+  // "projectGuid doUndeploy:boolean -> boolean": a part's type is string unless named, a
+  // record or array type names the answer's record ("ProjectInfo[]"); no "->", no answer.
+  std::string_view signature;
 };
 
 // One endpoint: its path, namespace and the table of operations it serves.

@@ -14,6 +14,7 @@
 #include "store/schema.h"
 #include "store/record_columns.h"
 #include "viewers/simulated_viewers.h"
+#include "wsdl/service_wsdl.h"
 
 namespace sandbox {
 namespace {
@@ -77,8 +78,20 @@ void SandboxServer::install_routes(bool log) {
   http_->set_pre_routing_handler(
       [this, log](const httplib::Request& request, httplib::Response& response) {
         if (log) request_log::begin();
-        if (request.method == "POST" || !dispatcher_.find_service(request.path)) {
-          return httplib::Server::HandlerResponse::Unhandled;
+        const Service* service =
+            request.method == "POST" ? nullptr : dispatcher_.find_service(request.path);
+        if (!service) return httplib::Server::HandlerResponse::Unhandled;
+        if (request.method == "GET" && request.get_param_value("xsd") == "soapenc") {
+          response.set_content(encoding_schema(), "text/xml; charset=utf-8");
+          return httplib::Server::HandlerResponse::Handled;
+        }
+        if (request.method == "GET" && (request.has_param("wsdl") || request.has_param("WSDL"))) {
+          // The address the client used, so that a toolkit posts where it fetched from.
+          const std::string host = request.get_header_value("Host");
+          const std::string base = host.empty() ? info_.base_url : "http://" + host;
+          response.set_content(service_wsdl(*service, base + request.path),
+                               "text/xml; charset=utf-8");
+          return httplib::Server::HandlerResponse::Handled;
         }
         response.status = 405;
         response.set_header("Allow", "POST");

@@ -163,12 +163,15 @@ void get_asset_preview_url(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"addAsset_XML", Access::cookie, add_asset},
-    {"makeUnmanagedAssetRemoveable", Access::cookie, make_unmanaged_asset_removeable},
-    {"getAssets", Access::cookie, get_assets},
-    {"getAssetsByName", Access::cookie, get_assets_by_name},
-    {"deleteAsset", Access::cookie, remove_asset},
-    {"getAssetPreviewUrl", Access::cookie, get_asset_preview_url},
+    {"addAsset_XML", Access::cookie, add_asset, "xmlData sourceSystem -> string"},
+    {"makeUnmanagedAssetRemoveable", Access::cookie, make_unmanaged_asset_removeable,
+     "assetGuid timedDataList:string[] -> boolean"},
+    {"getAssets", Access::cookie, get_assets,
+     "folderID:int assetTypeID:int fileTypeID:int assetWidth:int assetHeight:int sExtension "
+     "searchFor searchBy searchExact:boolean sortBy -> Asset[]"},
+    {"getAssetsByName", Access::cookie, get_assets_by_name, "name folderID:int -> Asset[]"},
+    {"deleteAsset", Access::cookie, remove_asset, "assetGuid -> boolean"},
+    {"getAssetPreviewUrl", Access::cookie, get_asset_preview_url, "assetGuid -> string"},
 };
 
 }  // namespace

@@ -130,11 +130,15 @@ void set_sync_data(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getDataRecord", Access::keyed, get_data_record},
-    {"getThemeDataRecord", Access::keyed, get_theme_data_record},
-    {"getDataRecordEntry", Access::keyed, get_data_record_entry},
-    {"createDataRecord", Access::keyed, create_data_record},
-    {"setDataRecordSyncData", Access::keyed, set_sync_data},
+    {"getDataRecord", Access::keyed, get_data_record,
+     "guid templateGuidList:string[] -> DataRecord"},
+    {"getThemeDataRecord", Access::keyed, get_theme_data_record, "themeGuid -> DataRecord"},
+    {"getDataRecordEntry", Access::keyed, get_data_record_entry,
+     "templateGuid dreGuid dreLabel -> DataRecordEntry"},
+    {"createDataRecord", Access::keyed, create_data_record,
+     "dr:DataRecord projectGuid overwriteExisting:boolean -> string"},
+    {"setDataRecordSyncData", Access::keyed, set_sync_data,
+     "drGuid templateGuid syncXML -> boolean"},
 };
 
 }  // namespace

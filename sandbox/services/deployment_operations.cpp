@@ -123,12 +123,17 @@ void deploy(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getDeploymentInfo", Access::keyed, get_deployment_info},
-    {"setDeploymentVersionDuration", Access::keyed, set_deployment_version_duration},
-    {"getDeploymentEnvironmentList_Array", Access::keyed, get_deployment_environment_list},
-    {"setProjectDeploymentDefinition", Access::keyed, set_project_deployment_definition},
-    {"getDeploymentStatusList_Array", Access::keyed, get_deployment_status_list},
-    {"deploy", Access::keyed, deploy},
+    {"getDeploymentInfo", Access::keyed, get_deployment_info, "templateGuid -> DeploymentInfo"},
+    {"setDeploymentVersionDuration", Access::keyed, set_deployment_version_duration,
+     "versionGuid duration:int -> boolean"},
+    {"getDeploymentEnvironmentList_Array", Access::keyed, get_deployment_environment_list,
+     "-> DeploymentEnvironmentInfo[]"},
+    {"setProjectDeploymentDefinition", Access::keyed, set_project_deployment_definition,
+     "projectGuid deploymentDefID:int deploymentPath -> boolean"},
+    {"getDeploymentStatusList_Array", Access::keyed, get_deployment_status_list,
+     "deploymentGuidList:string[] -> DeploymentStatusInfo[]"},
+    {"deploy", Access::keyed, deploy,
+     "datarecordGuidList:string[] templateGuidList:string[] -> string[]"},
 };
 
 }  // namespace

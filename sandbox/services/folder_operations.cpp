@@ -175,15 +175,16 @@ void clear_folder_async(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"createFolder", Access::cookie, create_folder},
-    {"createChildFolder", Access::cookie, create_child_folder},
-    {"getFolderRights", Access::cookie, get_folder_rights},
-    {"setFolderMetadata", Access::cookie, store_folder_metadata},
-    {"getFolder_XML", Access::cookie, get_folder_xml},
-    {"getFolderTree", Access::cookie, get_folder_tree},
-    {"deleteFolder", Access::cookie, delete_folder},
-    {"clearFolder", Access::cookie, clear_folder},
-    {"clearFolder_Async", Access::cookie, clear_folder_async},
+    {"createFolder", Access::cookie, create_folder, "folderPath -> short"},
+    {"createChildFolder", Access::cookie, create_child_folder, "parentID:int folderPath -> short"},
+    {"getFolderRights", Access::cookie, get_folder_rights, "folderID:int -> string"},
+    {"setFolderMetadata", Access::cookie, store_folder_metadata,
+     "folderID:int metadataXML sourceSystem -> boolean"},
+    {"getFolder_XML", Access::cookie, get_folder_xml, "folderID:int -> string"},
+    {"getFolderTree", Access::cookie, get_folder_tree, "folderID:int -> FolderNode[]"},
+    {"deleteFolder", Access::cookie, delete_folder, "folderID:int -> boolean"},
+    {"clearFolder", Access::cookie, clear_folder, "folderID:int -> boolean"},
+    {"clearFolder_Async", Access::cookie, clear_folder_async, "folderID:int -> string"},
 };
 
 }  // namespace

@@ -126,13 +126,14 @@ void is_compatible(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getChallenge", Access::open, get_challenge},
-    {"userLogin", Access::open, user_login},
-    {"userLogout", Access::keyed, user_logout},
-    {"getUserAccounts", Access::keyed, get_user_accounts},
-    {"selectAccount", Access::keyed, select_account},
-    {"selectAccountByGuid", Access::keyed, select_account_by_guid},
-    {"isCompatible", Access::open, is_compatible},
+    {"getChallenge", Access::open, get_challenge, "-> string"},
+    {"userLogin", Access::open, user_login, "challenge response username -> string"},
+    {"userLogout", Access::keyed, user_logout, "-> boolean"},
+    {"getUserAccounts", Access::keyed, get_user_accounts, "-> UserAccountInfo[]"},
+    {"selectAccount", Access::keyed, select_account, "account_id:int -> boolean"},
+    {"selectAccountByGuid", Access::keyed, select_account_by_guid, "account_guid -> boolean"},
+    {"isCompatible", Access::open, is_compatible,
+     "clientCode major:int minor:int revision:int -> boolean"},
 };
 
 }  // namespace

@@ -31,7 +31,7 @@ void send_email(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"sendEmail", Access::keyed, send_email},
+    {"sendEmail", Access::keyed, send_email, "to subject msg -> boolean"},
 };
 
 }  // namespace

@@ -80,14 +80,19 @@ void update_qa_item_status(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getPollSummaryResults_Array", Access::cookie, get_poll_summary_results},
-    {"getPollResponseList_Array", Access::cookie, get_poll_response_list},
-    {"getSurveyList_Array", Access::cookie, get_survey_list},
-    {"getSurveySummary", Access::cookie, get_survey_summary},
-    {"getSurveyResponseList_Array", Access::cookie, get_survey_response_list},
-    {"getQAList_Array", Access::cookie, get_qa_list},
-    {"updateQAItem", Access::cookie, update_qa_item},
-    {"updateQAItemStatus", Access::cookie, update_qa_item_status},
+    {"getPollSummaryResults_Array", Access::cookie, get_poll_summary_results,
+     "pageGuid -> PollQuestion[]"},
+    {"getPollResponseList_Array", Access::cookie, get_poll_response_list,
+     "pageGuid -> PollResponse[]"},
+    {"getSurveyList_Array", Access::cookie, get_survey_list, "pageGuid -> Survey[]"},
+    {"getSurveySummary", Access::cookie, get_survey_summary, "pageGuid surveyGuid -> Survey"},
+    {"getSurveyResponseList_Array", Access::cookie, get_survey_response_list,
+     "pageGuid surveyGuid -> SurveyResponse[]"},
+    {"getQAList_Array", Access::cookie, get_qa_list,
+     "pageGuid startDate:dateTime endDate:dateTime -> QAItem[]"},
+    {"updateQAItem", Access::cookie, update_qa_item,
+     "guid answer question name location -> boolean"},
+    {"updateQAItemStatus", Access::cookie, update_qa_item_status, "guid status -> boolean"},
 };
 
 }  // namespace

@@ -73,14 +73,15 @@ void undeploy_project_result(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"clearProject", Access::keyed, clear_project},
-    {"clearProject_Async", Access::keyed, clear_project_async},
-    {"undeployProject_Async", Access::keyed, undeploy_project_async},
-    {"isProcessComplete", Access::open, is_process_complete},
-    {"getProcessPercentComplete", Access::open, get_process_percent_complete},
-    {"getProcessMessage", Access::open, get_process_message},
-    {"clearProject_Result", Access::keyed, clear_project_result},
-    {"undeployProject_Result", Access::keyed, undeploy_project_result},
+    {"clearProject", Access::keyed, clear_project, "projectGuid doUndeploy:boolean -> boolean"},
+    {"clearProject_Async", Access::keyed, clear_project_async,
+     "projectGuid doUndeploy:boolean -> string"},
+    {"undeployProject_Async", Access::keyed, undeploy_project_async, "projectGuid -> string"},
+    {"isProcessComplete", Access::open, is_process_complete, "procGuid -> boolean"},
+    {"getProcessPercentComplete", Access::open, get_process_percent_complete, "procGuid -> short"},
+    {"getProcessMessage", Access::open, get_process_message, "procGuid -> string"},
+    {"clearProject_Result", Access::keyed, clear_project_result, "procGuid -> boolean"},
+    {"undeployProject_Result", Access::keyed, undeploy_project_result, "procGuid -> boolean"},
 };
 
 }  // namespace

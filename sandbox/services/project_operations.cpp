@@ -84,14 +84,16 @@ void set_project_type(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"createProject", Access::keyed, create_project},
-    {"deleteProject", Access::keyed, delete_project},
-    {"projectExists", Access::keyed, project_exists},
-    {"hasDeployedTemplate", Access::keyed, has_deployed_template},
-    {"getProjectList_Array", Access::keyed, get_project_list},
-    {"getProjectListByType_Array", Access::keyed, get_project_list_by_type},
-    {"getProjectProperties", Access::keyed, get_project_properties},
-    {"setProjectType", Access::keyed, set_project_type},
+    {"createProject", Access::keyed, create_project, "name description -> string"},
+    {"deleteProject", Access::keyed, delete_project, "projectGuid doUndeploy:boolean -> boolean"},
+    {"projectExists", Access::keyed, project_exists, "projectGuid -> boolean"},
+    {"hasDeployedTemplate", Access::keyed, has_deployed_template,
+     "projectGuid templateType -> boolean"},
+    {"getProjectList_Array", Access::keyed, get_project_list, "-> ProjectInfo[]"},
+    {"getProjectListByType_Array", Access::keyed, get_project_list_by_type,
+     "type -> ProjectInfo[]"},
+    {"getProjectProperties", Access::keyed, get_project_properties, "projectGuid -> ProjectInfo"},
+    {"setProjectType", Access::keyed, set_project_type, "projectGuid type -> boolean"},
 };
 
 }  // namespace

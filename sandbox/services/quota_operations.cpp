@@ -78,10 +78,10 @@ void are_deployments_disabled(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getQuotaList_Array", Access::keyed, get_quota_list},
-    {"initiateServiceOrder", Access::keyed, initiate_service_order},
-    {"getServiceOrderPeriod", Access::keyed, get_service_order_period},
-    {"areDeploymentsDisabled", Access::keyed, are_deployments_disabled},
+    {"getQuotaList_Array", Access::keyed, get_quota_list, "excludeProjectGuid -> Quota[]"},
+    {"initiateServiceOrder", Access::keyed, initiate_service_order, "-> string"},
+    {"getServiceOrderPeriod", Access::keyed, get_service_order_period, "quotaType -> dateTime[]"},
+    {"areDeploymentsDisabled", Access::keyed, are_deployments_disabled, "-> boolean"},
 };
 
 }  // namespace

@@ -118,12 +118,19 @@ void update_registered_user_custom_xml(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getRegistrationList_Array", Access::keyed, get_registration_list},
-    {"addRegisteredUser", Access::keyed, add_registered_user},
-    {"deleteRegisteredUser", Access::keyed, delete_registered_user},
-    {"updateRegisteredUserPassword", Access::keyed, update_registered_user_password},
-    {"updateRegisteredUserName", Access::keyed, update_registered_user_name},
-    {"updateRegisteredUserCustomXML", Access::keyed, update_registered_user_custom_xml},
+    {"getRegistrationList_Array", Access::keyed, get_registration_list,
+     "projectGuid maxRecords:int sortBy -> Client[]"},
+    {"addRegisteredUser", Access::keyed, add_registered_user,
+     "projectGuid userGuid email firstName lastName password customXML userIP userHostName -> "
+     "string"},
+    {"deleteRegisteredUser", Access::keyed, delete_registered_user,
+     "projectGuid userGuid email -> boolean"},
+    {"updateRegisteredUserPassword", Access::keyed, update_registered_user_password,
+     "projectGuid userGuid email password -> boolean"},
+    {"updateRegisteredUserName", Access::keyed, update_registered_user_name,
+     "projectGuid userGuid email firstName lastName -> boolean"},
+    {"updateRegisteredUserCustomXML", Access::keyed, update_registered_user_custom_xml,
+     "projectGuid userGuid email customXML -> boolean"},
 };
 
 }  // namespace

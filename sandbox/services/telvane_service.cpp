@@ -29,10 +29,10 @@ void send_client_debug_info(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getVersion", Access::open, get_version},
-    {"getGuid", Access::open, get_guid},
-    {"getFixedUrl", Access::open, get_fixed_url},
-    {"sendClientDebugInfo", Access::keyed, send_client_debug_info},
+    {"getVersion", Access::open, get_version, "-> string"},
+    {"getGuid", Access::open, get_guid, "-> string"},
+    {"getFixedUrl", Access::open, get_fixed_url, "-> string"},
+    {"sendClientDebugInfo", Access::keyed, send_client_debug_info, "debugInfo -> boolean"},
 };
 
 std::vector<Operation> all_main_operations() {

@@ -103,16 +103,21 @@ void get_components(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getTemplateList_Array", Access::keyed, get_template_list},
-    {"getProjectTemplateList_Array", Access::keyed, get_project_template_list},
-    {"getTemplateInfo", Access::keyed, get_template_info},
-    {"getThemeTemplateInfo", Access::keyed, get_theme_template_info},
-    {"hasTemplateAccess", Access::keyed, has_template_access},
-    {"setTemplateMetadata", Access::keyed, set_template_metadata},
-    {"templateExists", Access::keyed, template_exists},
-    {"copyTemplate", Access::keyed, copy_template},
-    {"deleteTemplate", Access::keyed, delete_template},
-    {"getComponents", Access::keyed, get_components},
+    {"getTemplateList_Array", Access::keyed, get_template_list, "type -> TemplateInfo[]"},
+    {"getProjectTemplateList_Array", Access::keyed, get_project_template_list,
+     "projectGuid includeDeploymentInfo:boolean -> TemplateInfo[]"},
+    {"getTemplateInfo", Access::keyed, get_template_info, "templateGuid -> TemplateInfo"},
+    {"getThemeTemplateInfo", Access::keyed, get_theme_template_info,
+     "themeGuid templateGuid -> TemplateInfo"},
+    {"hasTemplateAccess", Access::keyed, has_template_access, "templateGuid rights -> boolean"},
+    {"setTemplateMetadata", Access::keyed, set_template_metadata, "tGuid metadataXML -> boolean"},
+    {"templateExists", Access::keyed, template_exists, "tGuid -> boolean"},
+    {"copyTemplate", Access::keyed, copy_template,
+     "templateGuid targetProjectGuid templateName overwriteExisting:boolean -> string"},
+    {"deleteTemplate", Access::keyed, delete_template,
+     "templateGuid doUndeploy:boolean -> boolean"},
+    {"getComponents", Access::keyed, get_components,
+     "templateGuid cGuid cLabel cClass -> Component[]"},
 };
 
 }  // namespace

@@ -41,9 +41,9 @@ void apply_theme(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"getThemeList_Array", Access::keyed, get_theme_list},
-    {"getThemeInfo", Access::keyed, get_theme_info},
-    {"applyTheme", Access::keyed, apply_theme},
+    {"getThemeList_Array", Access::keyed, get_theme_list, "type -> ThemeInfo[]"},
+    {"getThemeInfo", Access::keyed, get_theme_info, "guid -> ThemeInfo"},
+    {"applyTheme", Access::keyed, apply_theme, "themeGuid projectGuid -> boolean"},
 };
 
 }  // namespace

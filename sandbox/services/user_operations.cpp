@@ -112,13 +112,17 @@ void terminate_user_account_result(Call& call) {
 }
 
 constexpr Operation kOperations[] = {
-    {"createUserAccount", Access::open, create_user_account},
-    {"createUserInAccount", Access::open, create_user_in_account},
-    {"isUserAccountValid", Access::open, is_user_account_valid},
-    {"changeUserPassword", Access::keyed, change_user_password},
-    {"getAccountNameFromKey", Access::open, get_account_name_from_key},
-    {"terminateUserAccount_Async", Access::keyed, terminate_user_account_async},
-    {"terminateUserAccount_Result", Access::keyed, terminate_user_account_result},
+    {"createUserAccount", Access::open, create_user_account,
+     "firstName lastName email password -> boolean"},
+    {"createUserInAccount", Access::open, create_user_in_account,
+     "accountKey firstName lastName email password accountType -> boolean"},
+    {"isUserAccountValid", Access::open, is_user_account_valid,
+     "accountKey email passwordHash -> boolean"},
+    {"changeUserPassword", Access::keyed, change_user_password, "passwordHash -> boolean"},
+    {"getAccountNameFromKey", Access::open, get_account_name_from_key, "accountKey -> string"},
+    {"terminateUserAccount_Async", Access::keyed, terminate_user_account_async, "-> string"},
+    {"terminateUserAccount_Result", Access::keyed, terminate_user_account_result,
+     "procGuid -> boolean"},
 };
 
 }  // namespace

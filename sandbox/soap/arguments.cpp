@@ -12,12 +12,49 @@
 namespace sandbox {
 namespace {
 
-// The xsd types each reader takes; integers may arrive narrower or wider than read.
-constexpr std::string_view kStringTypes[] = {"string"};
-constexpr std::string_view kIntegerTypes[] = {"int", "short", "byte", "long", "integer"};
+// The types each reader takes, by local name in any schema namespace or in soapenc's, which
+// repeats them; integers may arrive narrower or wider than read.
+constexpr std::string_view kStringTypes[] = {"string", "normalizedString", "token", "anyURI",
+                                             "anySimpleType"};
+constexpr std::string_view kIntegerTypes[] = {"int",
+                                              "short",
+                                              "byte",
+                                              "long",
+                                              "integer",
+                                              "unsignedInt",
+                                              "unsignedShort",
+                                              "unsignedByte",
+                                              "unsignedLong",
+                                              "nonNegativeInteger",
+                                              "positiveInteger",
+                                              "nonPositiveInteger",
+                                              "negativeInteger"};
 constexpr std::string_view kBooleanTypes[] = {"boolean"};
-constexpr std::string_view kRealTypes[] = {"double", "float", "decimal"};
+constexpr std::string_view kRealTypes[] = {
+    "double", "float",   "decimal",     "int",           "short",        "byte",
+    "long",   "integer", "unsignedInt", "unsignedShort", "unsignedByte", "unsignedLong"};
 constexpr std::string_view kDateTimeTypes[] = {"dateTime"};
+// Older toolkits still write the 1999 and 2000/10 schema drafts.
+constexpr std::string_view kTypeNamespaces[] = {kSchemaNs, kEncodingNs,
+                                                "http://www.w3.org/1999/XMLSchema",
+                                                "http://www.w3.org/2000/10/XMLSchema"};
+// How many href hops one argument may take: ends cycles and chains alike.
+constexpr int kMaxReferenceHops = 8;
+
+bool is_type_namespace(std::string_view ns) {
+  return std::find(std::begin(kTypeNamespaces), std::end(kTypeNamespaces), ns) !=
+         std::end(kTypeNamespaces);
+}
+
+bool is_one_of(std::string_view local, std::span<const std::string_view> accepted) {
+  return std::find(accepted.begin(), accepted.end(), local) != accepted.end();
+}
+
+// A schema or soapenc type named in `accepted`, or the universal type that stands for any.
+bool is_accepted_type(const QualifiedName& type, std::span<const std::string_view> accepted) {
+  return is_type_namespace(type.ns) &&
+         (is_one_of(type.local, accepted) || type.local == "anyType" || type.local == "ur-type");
+}
 
 bool is_nil(pugi::xml_node node) {
   const std::string_view nil = find_attribute(node, kSchemaInstanceNs, "nil").value();
@@ -53,9 +90,46 @@ bool parse_number(std::string_view text, Number& value) {
 
 }  // namespace
 
+Arguments::Arguments(pugi::xml_node operation, std::string_view operation_name)
+    : operation_(operation), operation_name_(operation_name) {
+  auto references = std::make_shared<References>();
+  // multiRef entries are the Body's other entries, but some toolkits give ids to nested
+  // elements as well: every element of the document may be a target.
+  struct Collect : pugi::xml_tree_walker {
+    References& found;
+    explicit Collect(References& found) : found(found) {}
+    bool for_each(pugi::xml_node& node) override {
+      if (node.type() != pugi::node_element) return true;
+      if (const pugi::xml_attribute id = node.attribute("id")) found.emplace(id.value(), node);
+      return true;
+    }
+  } collect(*references);
+  operation.root().traverse(collect);
+  references_ = std::move(references);
+}
+
+pugi::xml_node Arguments::resolved(pugi::xml_node node, std::string_view name) const {
+  for (int hop = 0; node; ++hop) {
+    const std::string_view href = node.attribute("href").value();
+    if (href.empty()) return node;
+    if (hop == kMaxReferenceHops) fail(name, "has references that go round in a cycle");
+    if (!href.starts_with('#')) {
+      fail(name, "refers to '" + clip(href) + "', outside the request");
+    }
+    const auto target = references_->find(href.substr(1));
+    if (target == references_->end()) {
+      fail(name, "refers to '" + clip(href) + "', which the request does not hold");
+    }
+    node = target->second;
+  }
+  return node;
+}
+
 pugi::xml_node Arguments::find(std::string_view name) const {
   for (pugi::xml_node child : operation_.children()) {
-    if (child.type() == pugi::node_element && local_name(child.name()) == name) return child;
+    if (child.type() == pugi::node_element && local_name(child.name()) == name) {
+      return resolved(child, name);
+    }
   }
   return {};
 }
@@ -81,8 +155,7 @@ pugi::xml_node Arguments::typed(std::string_view name, std::span<const std::stri
   if (!type) return node;
   const auto qname = resolve_qname_value(node, type.value());
   if (!qname) fail(name, "has a type with an undeclared prefix: '" + clip(type.value()) + "'");
-  if (qname->ns != kSchemaNs ||
-      std::find(accepted.begin(), accepted.end(), qname->local) == accepted.end()) {
+  if (!is_accepted_type(*qname, accepted)) {
     fail(name, "has type '" + clip(type.value()) + "', expected " + std::string(described_as));
   }
   return node;
@@ -157,18 +230,21 @@ std::vector<std::string> Arguments::strings(std::string_view name) const {
   const pugi::xml_node node = present(name);
   if (is_nil(node)) return {};
   if (const pugi::xml_attribute type = find_attribute(node, kSchemaInstanceNs, "type")) {
+    // soapenc:Array, or the named array type a WSDL-driven toolkit copies from ours.
     const auto qname = resolve_qname_value(node, type.value());
-    if (!qname || qname->ns != kEncodingNs || qname->local != "Array") {
+    if (!qname || !((qname->ns == kEncodingNs && qname->local == "Array") ||
+                    qname->local == kStringArrayType)) {
       fail(name, "has type '" + clip(type.value()) + "', expected a string array");
     }
   }
 
   std::vector<std::string> items;
-  for (pugi::xml_node item : node.children()) {
-    if (item.type() != pugi::node_element) continue;
+  for (pugi::xml_node reference : node.children()) {
+    if (reference.type() != pugi::node_element) continue;
+    const pugi::xml_node item = resolved(reference, name);
     if (const pugi::xml_attribute type = find_attribute(item, kSchemaInstanceNs, "type")) {
       const auto qname = resolve_qname_value(item, type.value());
-      if (!qname || qname->ns != kSchemaNs || qname->local != "string") {
+      if (!qname || !is_accepted_type(*qname, kStringTypes)) {
         fail(name, "holds an item of type '" + clip(type.value()) + "', expected xsd:string");
       }
     }
@@ -186,7 +262,7 @@ std::vector<std::string> Arguments::strings(std::string_view name) const {
     const bool count_ok =
         bracket != std::string_view::npos && declared.ends_with(']') &&
         parse_number(declared.substr(bracket + 1, declared.size() - bracket - 2), count);
-    if (!item_type || item_type->ns != kSchemaNs || item_type->local != "string" || !count_ok) {
+    if (!item_type || !is_accepted_type(*item_type, kStringTypes) || !count_ok) {
       fail(name, "has array type '" + clip(declared) + "', expected xsd:string[N]");
     }
     if (count != items.size()) {
@@ -208,13 +284,13 @@ pugi::xml_node Arguments::structure_node(std::string_view name) const {
 Arguments Arguments::structure(std::string_view name) const {
   const pugi::xml_node node = structure_node(name);
   if (is_nil(node)) fail(name, "is nil, expected a structure");
-  return Arguments(node, operation_name_, described(name) + ".");
+  return Arguments(node, *this, described(name) + ".");
 }
 
 std::optional<Arguments> Arguments::optional_structure(std::string_view name) const {
   const pugi::xml_node node = structure_node(name);
   if (is_nil(node)) return std::nullopt;
-  return Arguments(node, operation_name_, described(name) + ".");
+  return Arguments(node, *this, described(name) + ".");
 }
 
 std::vector<Arguments> Arguments::structures(std::string_view name) const {
@@ -223,7 +299,7 @@ std::vector<Arguments> Arguments::structures(std::string_view name) const {
   if (is_nil(node)) return items;
   for (pugi::xml_node item : node.children()) {
     if (item.type() != pugi::node_element) continue;
-    items.push_back(Arguments(item, operation_name_,
+    items.push_back(Arguments(resolved(item, name), *this,
                               described(name) + "[" + std::to_string(items.size()) + "]."));
   }
   return items;
@@ -233,7 +309,7 @@ std::optional<std::string> Arguments::leading(std::string_view name) const {
   for (pugi::xml_node child : operation_.children()) {
     if (child.type() != pugi::node_element) continue;
     if (local_name(child.name()) != name) return std::nullopt;
-    return simple_text(child);
+    return simple_text(resolved(child, name));
   }
   return std::nullopt;
 }

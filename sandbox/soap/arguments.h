@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <pugixml.hpp>
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "soap/timestamp.h"
@@ -16,10 +18,11 @@ namespace sandbox {
 // for strings, where nil reads as ""), mistyped or unreadable argument throws
 // ServerException with a message naming the argument and the operation.
 // A structure argument (an element of elements) is read the same way, through structure().
+// As Axis does, any order is fine, xsd: and soapenc: types of a compatible kind are taken, and
+// an element with href="#id" stands for the element of the request that carries that id.
 class Arguments {
  public:
-  Arguments(pugi::xml_node operation, std::string_view operation_name)
-      : operation_(operation), operation_name_(operation_name) {}
+  Arguments(pugi::xml_node operation, std::string_view operation_name);
 
   std::string string(std::string_view name) const;
   std::int32_t int32(std::string_view name) const;
@@ -42,9 +45,17 @@ class Arguments {
   std::optional<std::string> leading(std::string_view name) const;
 
  private:
-  Arguments(pugi::xml_node node, std::string_view operation_name, std::string path)
-      : operation_(node), operation_name_(operation_name), path_(std::move(path)) {}
+  // Elements that carry an id, by id; shared by the structures of one request.
+  using References = std::unordered_map<std::string_view, pugi::xml_node>;
 
+  Arguments(pugi::xml_node node, const Arguments& parent, std::string path)
+      : operation_(node),
+        operation_name_(parent.operation_name_),
+        path_(std::move(path)),
+        references_(parent.references_) {}
+
+  // The element `node` refers to through href (following chains, boundedly), or `node`.
+  pugi::xml_node resolved(pugi::xml_node node, std::string_view name) const;
   pugi::xml_node find(std::string_view name) const;
   pugi::xml_node present(std::string_view name) const;
   // A structure's element: present, and holding elements rather than text.
@@ -63,6 +74,7 @@ class Arguments {
   pugi::xml_node operation_;
   std::string_view operation_name_;
   std::string path_;  // of a structure's fields, e.g. "dr.entries[0]."
+  std::shared_ptr<const References> references_;
 };
 
 }  // namespace sandbox

@@ -15,6 +15,25 @@ bool is_envelope_element(pugi::xml_node node, std::string_view local) {
   return name && name->ns == kEnvelopeNs && name->local == local;
 }
 
+// The actor a SOAP 1.1 header entry names when it is meant for whoever receives it first.
+constexpr std::string_view kNextActor = "http://schemas.xmlsoap.org/soap/actor/next";
+
+// Refuses the message when an entry addressed to this node must be understood: this server
+// understands no header entries, as an Axis service without handlers.
+void check_header(pugi::xml_node header) {
+  for (pugi::xml_node entry : header.children()) {
+    if (entry.type() != pugi::node_element) continue;
+    const std::string_view must = find_attribute(entry, kEnvelopeNs, "mustUnderstand").value();
+    if (must != "1" && must != "true") continue;
+    const pugi::xml_attribute actor = find_attribute(entry, kEnvelopeNs, "actor");
+    if (actor && actor.value() != kNextActor) continue;
+    const auto name = element_name(entry);
+    throw EnvelopeFault("MustUnderstand", "Did not understand \"MustUnderstand\" header(s): {" +
+                                              clip(name ? name->ns : "") + "}" +
+                                              clip(local_name(entry.name())));
+  }
+}
+
 pugi::xml_node first_element_child(pugi::xml_node node) {
   for (pugi::xml_node child : node.children()) {
     if (child.type() == pugi::node_element) return child;
@@ -36,11 +55,21 @@ SoapRequest SoapRequest::parse(std::string_view body, std::string_view service_n
 
   const pugi::xml_node envelope = document->document_element();
   if (!is_envelope_element(envelope, "Envelope")) {
+    // An Envelope in another namespace is another SOAP version (1.2 most likely).
+    if (local_name(envelope.name()) == "Envelope") {
+      const auto name = element_name(envelope);
+      throw EnvelopeFault("VersionMismatch", "Version Mismatch: the envelope namespace '" +
+                                                 clip(name ? name->ns : "") +
+                                                 "' is not SOAP 1.1's '" +
+                                                 std::string(kEnvelopeNs) + "'");
+    }
     throw ServerException("Malformed request: the document is not a SOAP 1.1 Envelope");
   }
   pugi::xml_node body_element;
   for (pugi::xml_node child : envelope.children()) {
-    if (child.type() == pugi::node_element && is_envelope_element(child, "Body")) {
+    if (child.type() != pugi::node_element) continue;
+    if (is_envelope_element(child, "Header")) check_header(child);
+    if (is_envelope_element(child, "Body")) {
       body_element = child;
       break;
     }
