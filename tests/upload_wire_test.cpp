@@ -172,7 +172,11 @@ TEST_F(UploadWire, ReportsFilesThatCannotBeReadAndServersThatCannotBeReached) {
               {server.baseUrl(), files.dir.string(),
                "Cannot open " + files.dir.string() + ": not a regular file"},
               {refused, file, "Send Request failed"},
-              {"ftp://127.0.0.1/up", file, "Send Request failed"}};
+              {"ftp://127.0.0.1/up", file, "Send Request failed"},
+              // libcurl takes "http:/host/..." too, so the path starts before the "://" that
+              // comes later: its unencoded bytes are refused, not sent.
+              {"http:/" + server.baseUrl().substr(7) + "/caf\xe9?next=http://h/", file,
+               "Send Request failed"}};
   for (const auto& row : rows) {
     auto up = upload();
     EXPECT_EQ(up.send(row.url, row.path), "");

@@ -75,6 +75,12 @@ std::optional<std::string> uploadUrl(std::string_view url) {
       curl_url_set(u.get(), CURLUPART_PASSWORD, nullptr, 0) != CURLUE_OK) {
     return std::nullopt;
   }
+  // The parser may end the authority elsewhere than the first "/" after "://" ("http:/h/p",
+  // a second "://" later on), leaving bytes that were never encoded: such a URL is refused.
+  for (const CURLUPart which : {CURLUPART_PATH, CURLUPART_QUERY, CURLUPART_FRAGMENT}) {
+    const auto text = part(u.get(), which);
+    if (text && encodeTarget(*text) != *text) return std::nullopt;
+  }
   return part(u.get(), CURLUPART_URL);
 }
 
