@@ -10,7 +10,7 @@ packages=(
   libgtest-dev libgmock-dev libcli11-dev libssl-dev libbenchmark-dev
   nlohmann-json3-dev help2man
 )
-[[ "${1:-}" == "--tests" ]] && packages+=(chromium)
+[[ "${1:-}" == "--tests" ]] && packages+=(chromium python3-zeep)
 [[ "${1:-}" == "--fuzz" ]] && packages+=(clang-14 libclang-rt-14-dev)
 
 missing=()

@@ -3,8 +3,9 @@
 namespace sandbox {
 namespace {
 
-// Kept beside the code that fills the records (store/*, services/*); the sandbox tests read
-// every answer of a tour against these, so a field added there and not here fails them.
+// Kept beside the code that fills the records (store/*, services/*): the sandbox tests call
+// every operation and read each record it answers against these, and zeep reads the
+// project list through them.
 constexpr RecordType kRecordTypes[] = {
     {"UserAccountInfo", "accountID:int accountName"},
     {"ProjectInfo",

@@ -55,12 +55,12 @@ SoapRequest SoapRequest::parse(std::string_view body, std::string_view service_n
 
   const pugi::xml_node envelope = document->document_element();
   if (!is_envelope_element(envelope, "Envelope")) {
-    // An Envelope in another namespace is another SOAP version (1.2 most likely).
-    if (local_name(envelope.name()) == "Envelope") {
-      const auto name = element_name(envelope);
+    // An Envelope in another namespace is another SOAP version (1.2 most likely); one in no
+    // namespace is just malformed.
+    const auto name = element_name(envelope);
+    if (local_name(envelope.name()) == "Envelope" && name && !name->ns.empty()) {
       throw EnvelopeFault("VersionMismatch", "Version Mismatch: the envelope namespace '" +
-                                                 clip(name ? name->ns : "") +
-                                                 "' is not SOAP 1.1's '" +
+                                                 clip(name->ns) + "' is not SOAP 1.1's '" +
                                                  std::string(kEnvelopeNs) + "'");
     }
     throw ServerException("Malformed request: the document is not a SOAP 1.1 Envelope");
