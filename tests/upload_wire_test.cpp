@@ -16,6 +16,7 @@
 #include "scripted_server.h"
 #include "soap/transport.h"
 #include "soap/upload.h"
+#include "soap/upload_url.h"
 #include "soap_answers.h"
 
 namespace brenmoor {
@@ -184,6 +185,12 @@ TEST_F(UploadWire, ReportsFilesThatCannotBeReadAndServersThatCannotBeReached) {
     EXPECT_EQ(up.lastMessage(), row.message);
   }
   EXPECT_TRUE(server.requests().empty());
+}
+
+TEST(UploadUrl, RefusesAHostThatLibcurlDecodesIntoAControlByte) {
+  // After "///" libcurl reads the escaped path as the host, and decodes it.
+  EXPECT_EQ(soap::uploadUrl("https:///h%7F/up"), std::nullopt);
+  EXPECT_EQ(soap::uploadUrl("https://h/%7F"), "https://h/%7F");
 }
 
 TEST_F(UploadWire, SendsTheCookiesThatTheSoapCallsReceived) {

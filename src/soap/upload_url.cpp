@@ -68,8 +68,11 @@ std::optional<std::string> uploadUrl(std::string_view url) {
     return std::nullopt;
   }
   const auto scheme = part(u.get(), CURLUPART_SCHEME);
-  if (!scheme || (*scheme != "http" && *scheme != "https") || !part(u.get(), CURLUPART_HOST)) {
-    return std::nullopt;
+  const auto host = part(u.get(), CURLUPART_HOST);
+  if (!scheme || (*scheme != "http" && *scheme != "https") || !host) return std::nullopt;
+  // libcurl decodes escapes in a host it finds after "///", and lets DEL through.
+  for (const char c : *host) {
+    if (static_cast<unsigned char>(c) <= ' ' || c == '\x7F') return std::nullopt;
   }
   if (curl_url_set(u.get(), CURLUPART_USER, nullptr, 0) != CURLUE_OK ||
       curl_url_set(u.get(), CURLUPART_PASSWORD, nullptr, 0) != CURLUE_OK) {
