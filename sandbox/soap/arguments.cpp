@@ -40,6 +40,28 @@ constexpr std::string_view kTypeNamespaces[] = {kSchemaNs, kEncodingNs,
                                                 "http://www.w3.org/2000/10/XMLSchema"};
 // How many href hops one argument may take: ends cycles and chains alike.
 constexpr int kMaxReferenceHops = 8;
+// The text that references may stand for, in all: a request that refers to one large entry
+// over and over would otherwise be read as many times over as it refers to it.
+constexpr std::size_t kMaxReferencedBytes = 32 * 1024 * 1024;
+
+std::size_t text_size(pugi::xml_node node) {
+  std::size_t size = 0;
+  // Iterative, so that deep nesting costs no stack.
+  pugi::xml_node child = node.first_child();
+  while (child) {
+    if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
+      size += std::string_view(child.value()).size();
+    }
+    if (child.first_child()) {
+      child = child.first_child();
+      continue;
+    }
+    while (child != node && !child.next_sibling()) child = child.parent();
+    if (child == node) break;
+    child = child.next_sibling();
+  }
+  return size;
+}
 
 bool is_type_namespace(std::string_view ns) {
   return std::find(std::begin(kTypeNamespaces), std::end(kTypeNamespaces), ns) !=
@@ -100,7 +122,9 @@ Arguments::Arguments(pugi::xml_node operation, std::string_view operation_name)
     explicit Collect(References& found) : found(found) {}
     bool for_each(pugi::xml_node& node) override {
       if (node.type() != pugi::node_element) return true;
-      if (const pugi::xml_attribute id = node.attribute("id")) found.emplace(id.value(), node);
+      if (const pugi::xml_attribute id = node.attribute("id")) {
+        found.targets.emplace(id.value(), References::Target{node, std::nullopt});
+      }
       return true;
     }
   } collect(*references);
@@ -116,11 +140,18 @@ pugi::xml_node Arguments::resolved(pugi::xml_node node, std::string_view name) c
     if (!href.starts_with('#')) {
       fail(name, "refers to '" + clip(href) + "', outside the request");
     }
-    const auto target = references_->find(href.substr(1));
-    if (target == references_->end()) {
+    const auto target = references_->targets.find(href.substr(1));
+    if (target == references_->targets.end()) {
       fail(name, "refers to '" + clip(href) + "', which the request does not hold");
     }
-    node = target->second;
+    References::Target& found = target->second;
+    if (!found.text_size) found.text_size = text_size(found.node);
+    references_->bytes_referenced += *found.text_size;
+    if (references_->bytes_referenced > kMaxReferencedBytes) {
+      fail(name, "refers to more text, in all its references, than the request may (" +
+                     std::to_string(kMaxReferencedBytes / (1024 * 1024)) + " MiB)");
+    }
+    node = found.node;
   }
   return node;
 }

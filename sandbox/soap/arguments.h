@@ -45,8 +45,16 @@ class Arguments {
   std::optional<std::string> leading(std::string_view name) const;
 
  private:
-  // Elements that carry an id, by id; shared by the structures of one request.
-  using References = std::unordered_map<std::string_view, pugi::xml_node>;
+  // Elements that carry an id, by id, and what following references has cost so far; shared
+  // by the structures of one request.
+  struct References {
+    struct Target {
+      pugi::xml_node node;
+      std::optional<std::size_t> text_size;  // measured when first referenced
+    };
+    std::unordered_map<std::string_view, Target> targets;
+    std::size_t bytes_referenced = 0;
+  };
 
   Arguments(pugi::xml_node node, const Arguments& parent, std::string path)
       : operation_(node),
@@ -74,7 +82,7 @@ class Arguments {
   pugi::xml_node operation_;
   std::string_view operation_name_;
   std::string path_;  // of a structure's fields, e.g. "dr.entries[0]."
-  std::shared_ptr<const References> references_;
+  std::shared_ptr<References> references_;
 };
 
 }  // namespace sandbox

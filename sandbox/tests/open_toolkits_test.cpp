@@ -131,6 +131,16 @@ TEST_F(OpenToolkitsTest, RequestsReadAsAxisReadsThem) {
   EXPECT_EQ(post("/services/Telvane", request).fault_string(),
             "java.lang.Exception: Argument 'dr.entries[0].escaped' of operation "
             "'createDataRecord' is not a valid xsd:boolean: 'maybe'");
+
+  // One large entry referred to over and over is not read over and over.
+  std::string items;
+  for (int i = 0; i < 40; ++i) items += "<item href=\"#big\"/>";
+  request = envelope(kMainNs, "getDeploymentStatusList_Array",
+                     key() + "<deploymentGuidList>" + items + "</deploymentGuidList>");
+  request.insert(request.find("</S:Body>"),
+                 "<multiRef id=\"big\">" + std::string(1024 * 1024, 'x') + "</multiRef>");
+  EXPECT_NE(post("/services/Telvane", request).fault_string().find("refers to more text"),
+            std::string::npos);
 }
 
 TEST_F(OpenToolkitsTest, EachServiceDescribesItsOperationTableInItsWsdl) {
