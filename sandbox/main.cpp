@@ -28,6 +28,10 @@ int main(int argc, char** argv) {
   app.add_option("--max-upload-bytes", options.max_upload_bytes,
                  "Largest file the upload pages accept")
       ->capture_default_str();
+  app.add_option("--workers", options.connection_limits.workers,
+                 "Connections served at once; more wait for a free worker")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 1024));
   app.add_option_function<std::vector<std::string>>(
          "--quota",
          [&options](const std::vector<std::string>& quotas) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "dispatch/request_shape.h"
 #include "dispatch/session_cookie.h"
 #include "dispatch/session_key.h"
 #include "soap/clip.h"
@@ -51,6 +52,9 @@ Outcome Dispatcher::handle(const Service& service, std::string_view body,
                            std::string_view cookie_header) {
   Outcome outcome;
   try {
+    if (auto problem = request_shape_problem(body)) {
+      throw ServerException("Request refused: it holds " + *problem);
+    }
     const SoapRequest request = SoapRequest::parse(body, service.ns, service.name);
     outcome.operation = clip(request.operation_name(), 64);
     const Operation* operation = find_operation(service, request.operation_name());

@@ -13,6 +13,10 @@ namespace {
 
 constexpr std::string_view kInvalidKey = "Invalid session key";
 
+// The library's counter is 16 bits wide, so even keys it made and never sent cannot put it
+// further ahead; a counter beyond this is refused rather than let it lock the session.
+constexpr std::int64_t kMaxCounterStep = 32767;
+
 struct KeyParts {
   std::string_view token;
   std::string_view counter_text;
@@ -55,20 +59,27 @@ Session verify_session_key(Database& db, std::string_view key) {
   Session session;
   std::string secret;
   std::int64_t last_counter = 0;
+  bool open = false;
   {
     auto lookup = db.prepare(
         "SELECT user_id, secret, last_counter, account_id, is_open FROM sessions WHERE token = ?");
     if (!lookup.bind(parts->token).step()) throw ServerException(std::string(kInvalidKey));
-    if (lookup.integer(4) == 0) throw ServerException("Session has ended");
     session = Session{std::string(parts->token), lookup.integer(0), lookup.optional_integer(3),
                       parts->counter};
     secret = lookup.text(1);
     last_counter = lookup.integer(2);
+    open = lookup.integer(4) != 0;
   }
+  // The digest first: without the secret a key must not tell whether its session lives.
   if (!same_digest(parts->digest, md5_hex(std::string(parts->counter_text) + secret))) {
     throw ServerException(std::string(kInvalidKey));
   }
+  if (!open) throw ServerException("Session has ended");
   if (parts->counter <= last_counter) throw ServerException("Stale or replayed session key");
+  if (parts->counter - last_counter > kMaxCounterStep) {
+    throw ServerException("Session key counter too far ahead: at most " +
+                          std::to_string(kMaxCounterStep) + " past the last one");
+  }
 
   db.prepare("UPDATE sessions SET last_counter = ? WHERE token = ?")
       .bind(parts->counter, parts->token)

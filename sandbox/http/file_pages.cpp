@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "assets/stored_files.h"
 #include "store/asset_store.h"
 #include "store/upload_store.h"
 
@@ -81,7 +82,7 @@ void FilePages::handle(const httplib::Request& request, httplib::Response& respo
     }
   });
   if (placeholder) return serve_placeholder(response);
-  if (!file) return not_found(response);
+  if (!file || !is_stored_file_path(*file)) return not_found(response);
   serve_file(response, server_.data_dir / *file);
 }
 

@@ -8,11 +8,13 @@
 #include <chrono>
 #include <stdexcept>
 
+#include "assets/stored_files.h"
+#include "http/guarded_server.h"
 #include "http/request_log.h"
 #include "services/services.h"
 #include "store/demo_seed.h"
-#include "store/schema.h"
 #include "store/record_columns.h"
+#include "store/schema.h"
 #include "viewers/simulated_viewers.h"
 #include "wsdl/service_wsdl.h"
 
@@ -43,6 +45,42 @@ bool announces_body(const httplib::Request& request) {
          strcasecmp(request.get_header_value("Transfer-Encoding").c_str(), "chunked") == 0;
 }
 
+// Refuses a body over `limit` with 413 as soon as its length or its bytes pass the limit, and
+// a broken one with 400; either way the rest is left unread and the connection closed.
+bool read_body(const httplib::Request& request, const httplib::ContentReader& read_content,
+               std::size_t limit, std::string& body, httplib::Response& response) {
+  if (!announces_body(request)) return true;
+  bool oversized = request.get_header_value<std::uint64_t>("Content-Length") > limit;
+  if (!oversized && read_content([&](const char* data, std::size_t length) {
+        oversized = body.size() + length > limit;
+        if (!oversized) body.append(data, length);
+        return !oversized;
+      })) {
+    return true;
+  }
+  response.status = oversized ? 413 : 400;
+  if (oversized) {
+    response.set_content("The request body is larger than the sandbox accepts (" +
+                             std::to_string(limit) + " bytes)\n",
+                         "text/plain");
+  }
+  GuardedServer::close_after_answer();
+  return false;
+}
+
+// Only POST bodies are read: httplib would read any other whole into memory.
+bool refused_body(const httplib::Request& request, httplib::Response& response) {
+  if (request.method == "POST" || !announces_body(request)) return false;
+  if (request.has_header("Content-Length") &&
+      request.get_header_value<std::uint64_t>("Content-Length") == 0) {
+    return false;
+  }
+  response.status = 413;
+  response.set_content("Only POST requests may carry a body\n", "text/plain");
+  GuardedServer::close_after_answer();
+  return true;
+}
+
 std::string url_host(const std::string& host) {
   return host.find(':') == std::string::npos ? host : "[" + host + "]";
 }
@@ -58,8 +96,9 @@ SandboxServer::SandboxServer(const ServerOptions& options)
       file_pages_(dispatcher_, info_),
       viewer_pages_(dispatcher_),
       admin_pages_(dispatcher_),
-      http_(std::make_unique<httplib::Server>()) {
+      http_(std::make_unique<GuardedServer>(options.connection_limits)) {
   create_schema(db_);
+  remove_partial_uploads(options_.data_dir);
   if (options_.seed || has_no_users(db_)) seed_demo_data(db_);
   install_routes(options_.log);
 }
@@ -72,12 +111,21 @@ void SandboxServer::install_routes(bool log) {
   // Uploads may be far larger than SOAP requests; the SOAP handler keeps its own limit.
   http_->set_payload_max_length(static_cast<std::size_t>(
       std::max<std::uint64_t>(kMaxRequestBody, options_.max_upload_bytes)));
-  // Bounds how long stop() waits for idle keep-alive connections.
-  http_->set_keep_alive_timeout(2);
+  // A body's limit is known from its length before the client sends it.
+  http_->set_expect_100_continue_handler(
+      [this](const httplib::Request& request, httplib::Response& response) {
+        const std::uint64_t limit = UploadPages::serves(collapse_slashes(request.path))
+                                        ? options_.max_upload_bytes
+                                        : kMaxRequestBody;
+        if (request.get_header_value<std::uint64_t>("Content-Length") <= limit) return 100;
+        GuardedServer::close_after_answer();
+        return response.status = 413;
+      });
 
   http_->set_pre_routing_handler(
       [this, log](const httplib::Request& request, httplib::Response& response) {
         if (log) request_log::begin();
+        if (refused_body(request, response)) return httplib::Server::HandlerResponse::Handled;
         const Service* service =
             request.method == "POST" ? nullptr : dispatcher_.find_service(request.path);
         if (!service) return httplib::Server::HandlerResponse::Unhandled;
@@ -109,19 +157,7 @@ void SandboxServer::install_routes(bool log) {
     }
     const Service* service = dispatcher_.find_service(request.path);
     std::string body;
-    bool oversized = false;
-    // An oversized body is still read to its end, so that the client sees the 413.
-    const bool complete =
-        !announces_body(request) || read_content([&](const char* data, std::size_t length) {
-          oversized = oversized || body.size() + length > kMaxRequestBody;
-          if (!oversized) body.append(data, length);
-          return true;
-        });
-    if (!complete || oversized) {
-      // The reader has set 413 for a body over httplib's own limit; anything else is broken.
-      response.status = oversized || response.status == 413 ? 413 : 400;
-      return;
-    }
+    if (!read_body(request, read_content, kMaxRequestBody, body, response)) return;
     if (ViewerPages::serves(collapse_slashes(request.path))) {
       viewer_pages_.handle_post(request, body, response);
       return;
@@ -172,9 +208,8 @@ int SandboxServer::start() {
 }
 
 void SandboxServer::simulate_viewers(int count, std::uint32_t seed) {
-  dispatcher_.with_store([&](Database& db) {
-    sandbox::simulate_viewers(db, count, seed, info_.base_url, now_ms());
-  });
+  dispatcher_.with_store(
+      [&](Database& db) { sandbox::simulate_viewers(db, count, seed, info_.base_url, now_ms()); });
 }
 
 void SandboxServer::stop() {

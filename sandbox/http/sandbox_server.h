@@ -11,6 +11,7 @@
 #include "dispatch/dispatcher.h"
 #include "dispatch/service.h"
 #include "http/admin_pages.h"
+#include "http/connection_limits.h"
 #include "http/file_pages.h"
 #include "http/upload_pages.h"
 #include "store/database.h"
@@ -33,6 +34,7 @@ struct ServerOptions {
   std::chrono::milliseconds process_step{150};
   // The largest file the upload pages take.
   std::uint64_t max_upload_bytes = std::uint64_t{2} << 30;
+  ConnectionLimits connection_limits;
   QuotaSettings quotas;                         // the same limits for every account
   std::set<std::int64_t> deployments_disabled;  // account ids whose "deploy" is refused
 };

@@ -10,6 +10,7 @@
 #include "assets/stored_files.h"
 #include "crypto/random.h"
 #include "dispatch/session_key.h"
+#include "http/guarded_server.h"
 #include "soap/clip.h"
 #include "store/database.h"
 #include "store/project_store.h"
@@ -112,24 +113,33 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
   std::optional<Admitted> admitted;
   std::string refusal;
   const auto length = announced_length(request);
+  const std::string too_large =
+      "the file is larger than the sandbox accepts (" + std::to_string(max_bytes_) + " bytes)";
   if (length && *length > max_bytes_) {
-    refusal =
-        "the file is larger than the sandbox accepts (" + std::to_string(max_bytes_) + " bytes)";
-  } else {
-    dispatcher_.with_store([&](Database& db) {
-      try {
-        admitted = admit(db, server_, page, request, length.value_or(0));
-      } catch (const std::exception& error) {
-        refusal = error.what();
-      }
-    });
+    // Refused before a byte of it is read; the connection cannot carry another request.
+    response.status = 413;
+    response.set_content("Error: " + too_large, "text/plain");
+    GuardedServer::close_after_answer();
+    return;
   }
+  dispatcher_.with_store([&](Database& db) {
+    try {
+      admitted = admit(db, server_, page, request, length.value_or(0));
+    } catch (const std::exception& error) {
+      refusal = error.what();
+    }
+  });
 
   const bool has_body = announces_body(request);
-  // A refused body is still read, so that a client that sends it all before reading the
-  // answer gets to see the refusal.
+  // A refused body is still read (up to the limit), so that a client that sends it all
+  // before reading the answer gets to see the refusal.
   if (!admitted) {
-    if (has_body) read_content([](const char*, std::size_t) { return true; });
+    std::uint64_t dropped = 0;
+    if (has_body && !read_content([&](const char*, std::size_t size) {
+          return (dropped += size) <= max_bytes_;
+        })) {
+      GuardedServer::close_after_answer();
+    }
     response.status = 200;
     response.set_content("Error: " + refusal, "text/plain");
     return;
@@ -153,8 +163,9 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
     });
     out.close();
     if (!complete) {
-      refusal = received > max_bytes_ ? "the file is larger than the sandbox accepts"
-                                      : "the body ended before its Content-Length";
+      refusal = received > max_bytes_ ? too_large : "the body ended before its Content-Length";
+      if (received > max_bytes_) response.status = 413;
+      GuardedServer::close_after_answer();
     } else if (!stored || !out) {
       refusal = "the sandbox could not store the file";
     }
@@ -182,7 +193,7 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
   if (!refusal.empty()) {
     std::filesystem::remove(partial, error);
     std::filesystem::remove(file, error);
-    response.status = 200;
+    if (response.status != 413) response.status = 200;
     response.set_content("Error: " + refusal, "text/plain");
     return;
   }

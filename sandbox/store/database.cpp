@@ -75,7 +75,17 @@ Database::Database(const std::filesystem::path& file) {
     throw std::runtime_error("cannot open database " + file.string() + ": " + message);
   }
   // Another sandbox on the same folder may hold a lock for a moment.
-  sqlite3_busy_timeout(db_, 2000);
+  sqlite3_busy_timeout(db_, 5000);
+  // A commit is acknowledged once it is in the write-ahead log. NORMAL syncs that log only
+  // at checkpoints: a killed process loses nothing, since its writes are already with the
+  // kernel; only a crash of the machine itself could lose the last commits, which a sandbox
+  // may. FULL would add an fsync to every call that touches the store, key checks included.
+  try {
+    execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
+  } catch (const std::exception&) {
+    sqlite3_close(db_);
+    throw;
+  }
 }
 
 Database::~Database() {
