@@ -99,7 +99,8 @@ def run(tour):
 
     def load_wsdls():
         state["login"] = tour.client("Login").service
-        state["main"] = tour.client("Telvane").service
+        state["client"] = tour.client("Telvane")
+        state["main"] = state["client"].service
         for service in ("Assets", "Accounts", "Reports"):
             tour.client(service)
         return "five services"
@@ -146,6 +147,12 @@ def run(tour):
         assert project.hasDeployedTemplate is False, project
         return "%d projects, created %s, eventEnd nil" % (len(projects), project.created)
 
+    def string_array():
+        strings = state["client"].get_type("{urn:telvane-main}ArrayOf_xsd_string")
+        statuses = state["main"].getDeploymentStatusList_Array(key(), strings(["a", "b"]))
+        assert [s.state for s in statuses] == ["unknown", "unknown"], statuses
+        return "2 statuses for 2 guids"
+
     def wrong_password():
         login = state["login"]
         challenge = login.getChallenge()
@@ -171,6 +178,7 @@ def run(tour):
     for name, check in [("WSDL of each service", load_wsdls), ("sign in", sign_in),
                         ("list accounts", list_accounts), ("select account", select_account),
                         ("create project", create_project), ("read project list", read_projects),
+                        ("string array argument", string_array),
                         ("wrong password is a fault", wrong_password),
                         ("stale key is a fault", stale_key),
                         ("duplicate name (application fault) is a parse error to zeep",

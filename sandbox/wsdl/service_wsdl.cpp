@@ -87,9 +87,14 @@ std::string schemas(const Service& service, std::string_view location) {
   out += "><xsd:import namespace=\"" + std::string(kEncodingNs) + "\"";
   append_attribute(out, "schemaLocation", std::string(location) + "?xsd=soapenc");
   out += "/>";
+  // The items' element is named as well as their type: toolkits that model the restriction
+  // (zeep) then read and write the items as values rather than as untyped XML.
   for (const std::string_view item : array_items) {
     out += "<xsd:complexType name=\"" + array_type_name(item) +
-           "\"><xsd:complexContent><xsd:restriction base=\"soapenc:Array\">"
+           "\"><xsd:complexContent><xsd:restriction base=\"soapenc:Array\"><xsd:sequence>"
+           "<xsd:element name=\"item\" type=\"" +
+           qualified(item) +
+           "\" minOccurs=\"0\" maxOccurs=\"unbounded\" nillable=\"true\"/></xsd:sequence>"
            "<xsd:attribute ref=\"soapenc:arrayType\" wsdl:arrayType=\"" +
            qualified(item) + "[]\"/></xsd:restriction></xsd:complexContent></xsd:complexType>";
   }
