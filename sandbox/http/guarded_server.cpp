@@ -79,9 +79,15 @@ class GuardedStream final : public httplib::Stream {
   bool is_writable() const override { return poll_for(fd_, POLLOUT, limits_.silence) > 0; }
 
   ssize_t read(char* ptr, size_t size) override {
-    if (begin_ == end_ && !refill()) return -1;
+    if (begin_ == end_ && !refill()) {
+      broken_ = true;
+      return -1;
+    }
     std::size_t n = std::min(size, end_ - begin_);
-    if (in_headers_ && (n = take_header_bytes(n)) == 0) return -1;
+    if (in_headers_ && (n = take_header_bytes(n)) == 0) {
+      broken_ = true;
+      return -1;
+    }
     std::memcpy(ptr, buffer_.data() + begin_, n);
     begin_ += n;
     return static_cast<ssize_t>(n);
@@ -111,6 +117,8 @@ class GuardedStream final : public httplib::Stream {
     }
   }
   socket_t socket() const override { return fd_; }
+  // Whether a read failed or passed a limit: the connection cannot carry another request.
+  bool broken() const { return broken_; }
 
   // Reads and drops what the client still sends, briefly, after our side is shut.
   void linger() {
@@ -179,6 +187,7 @@ class GuardedStream final : public httplib::Stream {
   Clock::time_point header_deadline_;
   std::size_t header_bytes_ = 0;
   std::size_t tail_ = 0;  // how much of "\r\n\r\n" the last header bytes matched
+  bool broken_ = false;
 };
 
 }  // namespace
@@ -186,9 +195,13 @@ class GuardedStream final : public httplib::Stream {
 GuardedServer::GuardedServer(const ConnectionLimits& limits) : limits_(limits) {
   const std::size_t workers = std::max<std::size_t>(1, limits_.workers);
   new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
+  // Only for the Keep-Alive header of answers: the loop below applies the limits.
+  set_keep_alive_timeout(std::chrono::duration_cast<std::chrono::seconds>(limits_.idle).count());
+  set_keep_alive_max_count(limits_.requests_per_connection);
 }
 
-void GuardedServer::close_after_answer() {
+void GuardedServer::close_after_answer(httplib::Response& response) {
+  response.set_header("Connection", "close");
   close_requested = true;
 }
 
@@ -205,7 +218,7 @@ bool GuardedServer::process_and_close_socket(socket_t sock) {
     if (!stream.await_request()) break;
     bool connection_closed = false;
     served = process_request(stream, count == 1, connection_closed, nullptr);
-    if (!served || connection_closed) break;
+    if (!served || connection_closed || stream.broken()) break;
   }
   if (close_requested) {
     ::shutdown(sock, SHUT_WR);

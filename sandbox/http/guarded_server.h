@@ -13,10 +13,10 @@ class GuardedServer : public httplib::Server {
  public:
   explicit GuardedServer(const ConnectionLimits& limits);
 
-  // Closes the connection of the request being handled on this thread after its answer,
+  // Closes the connection of the request being handled on this thread after `response`,
   // reading (and dropping) for a moment what the client still sends, so that a client
   // that writes its whole body before reading sees the answer rather than a reset.
-  static void close_after_answer();
+  static void close_after_answer(httplib::Response& response);
 
  private:
   bool process_and_close_socket(socket_t sock) override;

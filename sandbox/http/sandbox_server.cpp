@@ -64,7 +64,7 @@ bool read_body(const httplib::Request& request, const httplib::ContentReader& re
                              std::to_string(limit) + " bytes)\n",
                          "text/plain");
   }
-  GuardedServer::close_after_answer();
+  GuardedServer::close_after_answer(response);
   return false;
 }
 
@@ -77,7 +77,7 @@ bool refused_body(const httplib::Request& request, httplib::Response& response) 
   }
   response.status = 413;
   response.set_content("Only POST requests may carry a body\n", "text/plain");
-  GuardedServer::close_after_answer();
+  GuardedServer::close_after_answer(response);
   return true;
 }
 
@@ -118,7 +118,7 @@ void SandboxServer::install_routes(bool log) {
                                         ? options_.max_upload_bytes
                                         : kMaxRequestBody;
         if (request.get_header_value<std::uint64_t>("Content-Length") <= limit) return 100;
-        GuardedServer::close_after_answer();
+        GuardedServer::close_after_answer(response);
         return response.status = 413;
       });
 

@@ -119,7 +119,7 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
     // Refused before a byte of it is read; the connection cannot carry another request.
     response.status = 413;
     response.set_content("Error: " + too_large, "text/plain");
-    GuardedServer::close_after_answer();
+    GuardedServer::close_after_answer(response);
     return;
   }
   dispatcher_.with_store([&](Database& db) {
@@ -138,7 +138,7 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
     if (has_body && !read_content([&](const char*, std::size_t size) {
           return (dropped += size) <= max_bytes_;
         })) {
-      GuardedServer::close_after_answer();
+      GuardedServer::close_after_answer(response);
     }
     response.status = 200;
     response.set_content("Error: " + refusal, "text/plain");
@@ -165,7 +165,7 @@ void UploadPages::handle(const httplib::Request& request, httplib::Response& res
     if (!complete) {
       refusal = received > max_bytes_ ? too_large : "the body ended before its Content-Length";
       if (received > max_bytes_) response.status = 413;
-      GuardedServer::close_after_answer();
+      GuardedServer::close_after_answer(response);
     } else if (!stored || !out) {
       refusal = "the sandbox could not store the file";
     }
