@@ -19,10 +19,16 @@ ApplicationFault no_such_data_record(std::string_view text) {
 }
 
 // An entry as the client sends it: one guid (the first of its list) and a value structure.
-// The value's valueArray is not kept: no answer carries it.
+// The value's valueArray is not kept: no answer carries it. The client sends guidList as a
+// plain string; a toolkit that follows the WSDL sends the string array it declares.
 DataRecordEntry read_entry(const Arguments& entry) {
   DataRecordEntry read;
-  read.guid = entry.string("guidList");
+  if (entry.holds_elements("guidList")) {
+    const std::vector<std::string> guids = entry.strings("guidList");
+    if (!guids.empty()) read.guid = guids.front();
+  } else {
+    read.guid = entry.string("guidList");
+  }
   read.label = entry.string("label");
   read.description = entry.string("description");
   read.type = entry.string("type");

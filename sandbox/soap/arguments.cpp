@@ -336,6 +336,11 @@ std::vector<Arguments> Arguments::structures(std::string_view name) const {
   return items;
 }
 
+bool Arguments::holds_elements(std::string_view name) const {
+  const pugi::xml_node node = find(name);
+  return node && !simple_text(node);
+}
+
 std::optional<std::string> Arguments::leading(std::string_view name) const {
   for (pugi::xml_node child : operation_.children()) {
     if (child.type() != pugi::node_element) continue;

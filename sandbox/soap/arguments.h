@@ -41,6 +41,9 @@ class Arguments {
   // repeated elements. Messages name them as "name[index].field".
   std::vector<Arguments> structures(std::string_view name) const;
 
+  // Whether the argument is present and holds elements (an array or a structure).
+  bool holds_elements(std::string_view name) const;
+
   // The text of the first argument, provided it is named `name`; nothing otherwise.
   std::optional<std::string> leading(std::string_view name) const;
 

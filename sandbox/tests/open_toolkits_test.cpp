@@ -119,15 +119,17 @@ TEST_F(OpenToolkitsTest, RequestsReadAsAxisReadsThem) {
     EXPECT_NE(answer.body.find(c.expected), std::string::npos) << c.what << "\n" << answer.body;
   }
 
-  // A structure and its list items through references: the item's bad field is found there.
+  // A structure and its list items through references (the entry's guidList as the WSDL
+  // declares it, a string array): the item's bad field is found there.
   login();
   std::string request = envelope(kMainNs, "createDataRecord",
                                  key() + "<dr href=\"#dr\"/><projectGuid>p</projectGuid>");
-  request.insert(request.find("</S:Body>"),
-                 "<multiRef id=\"dr\"><guid/><name>n</name><entries><item href=\"#e\"/>"
-                 "</entries><templateGuidList/></multiRef><multiRef id=\"e\"><guidList>g"
-                 "</guidList><label/><description/><type/><ext/><format/><escaped>maybe</escaped>"
-                 "</multiRef>");
+  request.insert(
+      request.find("</S:Body>"),
+      "<multiRef id=\"dr\"><guid/><name>n</name><entries><item href=\"#e\"/>"
+      "</entries><templateGuidList/></multiRef><multiRef id=\"e\"><guidList><item>g"
+      "</item></guidList><label/><description/><type/><ext/><format/><escaped>maybe</escaped>"
+      "</multiRef>");
   EXPECT_EQ(post("/services/Telvane", request).fault_string(),
             "java.lang.Exception: Argument 'dr.entries[0].escaped' of operation "
             "'createDataRecord' is not a valid xsd:boolean: 'maybe'");
