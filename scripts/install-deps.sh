@@ -8,7 +8,7 @@ packages=(
   cmake g++ make pkg-config
   libcurl4-openssl-dev libexpat1-dev libpugixml-dev libcpp-httplib-dev libsqlite3-dev
   libgtest-dev libgmock-dev libcli11-dev libssl-dev libbenchmark-dev
-  nlohmann-json3-dev help2man
+  nlohmann-json3-dev zlib1g-dev help2man
 )
 [[ "${1:-}" == "--tests" ]] && packages+=(chromium python3-zeep)
 [[ "${1:-}" == "--fuzz" ]] && packages+=(clang-14 libclang-rt-14-dev)

@@ -114,12 +114,12 @@ TEST_F(ServiceWire, ReportsEachTransportFailureByItsRow) {
       {"truncated", Reply::truncated(testing::scalarAnswer("getGuid", "g")), 3, kMaintenance},
       {"503", Reply::text(503, "busy"), 3, kMaintenance},
       {"404", Reply::text(404, "no"), 3, kMaintenance},
-      {"html", Reply::withStatus(200, "<html><body>Sign in</body></html>"), 2, kInvalidUrl},
+      {"html", Reply::withStatus(200, "<html><body>Sign in</body></html>"), -1, ""},
       {"redirect", redirect, 3,
        std::string(kContact) + "\r\nThe server answered HTTP 301 and sends the request to "
                                "http://127.0.0.1:1/moved: the Telvane URL may have moved."},
-      {"malformed", Reply::xml("<soapenv:Envelope"), 2, kInvalidUrl},
-      {"empty body", Reply::xml(""), 2, kInvalidUrl},
+      {"malformed", Reply::xml("<soapenv:Envelope"), -1, ""},
+      {"empty body", Reply::xml(""), -1, ""},
       {"no return value",
        Reply::xml(testing::soapEnvelope("<ns1:getGuidResponse xmlns:ns1=\"urn:telvane-main\"/>")),
        -1, ""},
@@ -151,6 +151,7 @@ TEST_F(ServiceWire, ReportsRefusedAndUnusableAddresses) {
     service.SetServiceBaseUrl(bad);
     EXPECT_EQ(service.getFixedUrl(), "") << bad;
     EXPECT_EQ(service.lastErrID(), 2) << bad;
+    EXPECT_EQ(service.lastErrMsg(), kInvalidUrl) << bad;
   }
   EXPECT_TRUE(host->boxes.empty());
 }

@@ -86,6 +86,17 @@ class ZylService {
   int64_t callDeadline() const;
   void setCallDeadline(int64_t milliseconds);
 
+  // The certificate authorities an https server's certificate must chain to, as a PEM file of
+  // one or more certificates; empty (the default): the system's authorities. Once set, the
+  // authorities in the file are the only ones trusted, for SOAP calls and file uploads alike,
+  // from the next request on. The certificate and its host name are always verified: a server
+  // whose certificate cannot be verified (unknown authority, expired, issued for another name,
+  // or a file that cannot be read) is sent nothing, and the call fails with lastErrID() -1 and
+  // "The certificate of URL could not be verified, so nothing was sent: REASON"; an upload
+  // ends with lastUploadErrorCode() 1 and the same text.
+  const std::string& caFile() const;
+  void setCaFile(const std::string& path);
+
   // --- Set-up -----------------------------------------------------------------------------
   // Stores the base URL and appends each service's path to it exactly as given: nothing is
   // checked or normalised, so "http://h/" gives "http://h//services/Login".

@@ -41,6 +41,7 @@ struct State {
   std::string lastUploadMessage;
   soap::AnswerLimits answerLimits;
   int64_t callDeadlineMs = 0;  // 0: a multiple of each call's time-out
+  std::string caFile;          // kept in the pool as well, which applies it
   soap::ConnectionPool connections;
 
   const std::string& endpoint(Service service) const;

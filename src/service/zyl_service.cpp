@@ -93,6 +93,14 @@ void ZylService::setCallDeadline(int64_t milliseconds) {
   state_->callDeadlineMs = milliseconds > 0 ? milliseconds : 0;
 }
 
+const std::string& ZylService::caFile() const {
+  return state_->caFile;
+}
+void ZylService::setCaFile(const std::string& path) {
+  state_->caFile = path;
+  state_->connections.setCaFile(path);
+}
+
 void ZylService::ShowAlerts(bool val) {
   state_->showAlerts = val;
 }

@@ -110,7 +110,7 @@ class Node::Children {
 class Answer {
  public:
   // Parses a whole body at once. `charset` comes from the Content-Type (empty: the document
-  // says, or UTF-8); `source` names the server in error texts. Throws Failure: kUnusableServer
+  // says, or UTF-8); `source` names the server in error texts. Throws Failure: kUnusableAnswer
   // for text that is not a SOAP envelope, kServerFault for a SOAP Fault in the envelope
   // namespace, kGeneralFailure past a limit.
   static Answer parse(std::string_view body, std::string_view charset, std::string_view source,

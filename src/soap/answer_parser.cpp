@@ -48,7 +48,7 @@ const char* expatEncoding(std::string_view charset, const std::string& source) {
   if (c == "utf-16le") return "UTF-16LE";
   if (c == "utf-16be") return "UTF-16BE";
   if (c == "iso-8859-1" || c == "latin1" || c == "us-ascii" || c == "ascii") return "ISO-8859-1";
-  throw Failure(kUnusableServer, "The answer from " + source + " uses the unknown charset " + c);
+  throw Failure(kUnusableAnswer, "The answer from " + source + " uses the unknown charset " + c);
 }
 
 // Expat salts its hash tables against collision floods with a fresh random number per parser,
@@ -165,6 +165,9 @@ class AnswerBuilder {
                                 std::to_string(limits_.maxBytes) + " bytes");
     }
 
+    // Envelope, Body and the entry stand above a value's levels. Refused as the element opens,
+    // so that a hostile nesting costs no more than the allowed depth.
+    if (open_.size() >= kMaxDepth + 3) deeperThanAllowed();
     const auto index = static_cast<uint32_t>(answer_.elements_.size());
     open_.push_back(
         {index, static_cast<uint32_t>(bindings_.size()), static_cast<uint32_t>(pending_.size())});
@@ -192,7 +195,7 @@ class AnswerBuilder {
           ids_.push_back({store(value), index});
         } else if (attribute == "href" && !value.empty()) {
           if (value.front() != '#')
-            fail(kUnusableServer, "refers to the external resource " + std::string(value));
+            fail(kUnusableAnswer, "refers to the external resource " + std::string(value));
           hrefs_.push_back({store(value.substr(1)), index});
         }
         continue;
@@ -212,7 +215,7 @@ class AnswerBuilder {
     if (open_.size() == 1) {
       const auto& n = answer_.names_[e.name];
       if (n.local != "Envelope" || n.ns != kEnvelopeNs) {
-        fail(kUnusableServer,
+        fail(kUnusableAnswer,
              "is not a SOAP envelope (its root element is <" + std::string(name) + ">)");
       }
     } else if (open_.size() == 2 && body_ == kNone) {
@@ -261,7 +264,7 @@ class AnswerBuilder {
   }
 
   Answer finish(uint64_t bytesReceived) {
-    if (body_ == kNone) fail(kUnusableServer, "has no SOAP Body");
+    if (body_ == kNone) fail(kUnusableAnswer, "has no SOAP Body");
     resolveReferences();
     std::sort(answer_.valueNamespaces_.begin(), answer_.valueNamespaces_.end());
     if (!bodyEntries_.empty()) throwIfServerFault(Node(&answer_, bodyEntries_.front()));
@@ -299,7 +302,7 @@ class AnswerBuilder {
   };
 
   [[noreturn]] void deeperThanAllowed() const {
-    fail(kUnusableServer, "nests deeper than " + std::to_string(kMaxDepth) + " levels");
+    fail(kUnusableAnswer, "nests deeper than " + std::to_string(kMaxDepth) + " levels");
   }
 
   // White space between elements is layout, not text.
@@ -374,7 +377,7 @@ class AnswerBuilder {
     for (const auto& href : hrefs_) {
       auto found = byId.find(labelText(href));
       if (found == byId.end()) {
-        fail(kUnusableServer, "refers to the missing element #" + std::string(labelText(href)));
+        fail(kUnusableAnswer, "refers to the missing element #" + std::string(labelText(href)));
       }
       // An element that refers to itself is simply its own value.
       if (found->second == href.element) continue;
@@ -420,7 +423,7 @@ class AnswerBuilder {
         const uint32_t target = answer_.valueOf(child);
         if (state[target] == kOnPath) {
           const auto& name = answer_.names_[answer_.elements_[target].name];
-          fail(kUnusableServer,
+          fail(kUnusableAnswer,
                "holds a reference cycle through <" + std::string(name.local) + ">");
         }
         if (state[target] == kUnseen) {
@@ -472,7 +475,8 @@ struct AnswerParser::Impl {
        uint64_t expectedBytes)
       : builder(source, limits, expectedBytes),
         limits(limits),
-        encoding(expatEncoding(charset, source)) {}
+        encoding(expatEncoding(charset, source)),
+        namedEncoding(encoding) {}
   ~Impl() {
     if (parser) keepParser(parser);
   }
@@ -529,14 +533,19 @@ struct AnswerParser::Impl {
   static void XMLCALL onDoctype(void* user, const XML_Char*, const XML_Char*, const XML_Char*,
                                 int) {
     guarded(user, [](AnswerBuilder& b) {
-      b.fail(kUnusableServer, "declares a document type, which a SOAP message must not");
+      b.fail(kUnusableAnswer, "declares a document type, which a SOAP message must not");
     });
   }
 
   void parse(const char* data, size_t size, bool last) {
     if (XML_Parse(parser, data, static_cast<int>(size), last) == XML_STATUS_OK) return;
     if (failure) std::rethrow_exception(failure);
-    builder.fail(kUnusableServer, std::string("is not well-formed XML: ") +
+    // A charset named by the Content-Type overrides the document's own: say which was used,
+    // since a body in another charset fails here.
+    const std::string readAs =
+        namedEncoding ? std::string(" in ") + namedEncoding + ", the charset its Content-Type names"
+                      : "";
+    builder.fail(kUnusableAnswer, "is not well-formed XML" + readAs + ": " +
                                       XML_ErrorString(XML_GetErrorCode(parser)) + " at byte " +
                                       std::to_string(XML_GetCurrentByteIndex(parser)));
   }
@@ -544,6 +553,7 @@ struct AnswerParser::Impl {
   AnswerBuilder builder;
   AnswerLimits limits;
   const char* encoding;
+  const char* namedEncoding;  // by the Content-Type; null when the document decides
   XML_Parser parser = nullptr;
   std::exception_ptr failure;
   uint64_t received = 0;
@@ -584,7 +594,7 @@ void AnswerParser::feed(std::string_view chunk) {
 
 Answer AnswerParser::finish() {
   auto& x = *impl_;
-  if (x.received == 0) x.builder.fail(kUnusableServer, "is empty");
+  if (x.received == 0) x.builder.fail(kUnusableAnswer, "is empty");
   if (!x.parser) {
     x.start(x.firstBytes);
     x.parse(x.firstBytes.data(), x.firstBytes.size(), false);

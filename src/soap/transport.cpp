@@ -2,6 +2,8 @@
 
 #include <curl/curl.h>
 
+#include <strings.h>
+
 #include <cerrno>
 #include <chrono>
 #include <exception>
@@ -13,6 +15,7 @@
 #include "soap/answer_parser.h"
 #include "soap/failure.h"
 #include "soap/idle_watch.h"
+#include "soap/tls.h"
 
 namespace brenmoor::soap {
 namespace {
@@ -48,14 +51,40 @@ struct Transfer {
   curl_off_t lastMoved = 0;       // bytes up plus down at the last movement
   curl_off_t lastMovedAt = 0;     // libcurl's clock, microseconds into the transfer
   std::string* traced = nullptr;  // the answer's bytes, kept only while tracing
+  bool html = false;              // the Content-Type says so
 
   AnswerParser& startParser() {
     const char* contentType = nullptr;
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    const std::string_view type = contentType ? contentType : "";
+    html = type.size() >= 9 && strncasecmp(type.data(), "text/html", 9) == 0;
     curl_off_t length = -1;
     curl_easy_getinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-    return parser.emplace(contentType ? charsetOf(contentType) : std::string(), *url, *limits,
+    // A length past the limit is refused before a byte of the body is read; an encoded body
+    // is counted as it is decoded, since only that size is bounded.
+    curl_header* encoding = nullptr;
+    if (length > 0 && static_cast<uint64_t>(length) > limits->maxBytes &&
+        curl_easy_header(easy, "Content-Encoding", 0, CURLH_HEADER, -1, &encoding) != CURLHE_OK) {
+      throw Failure(kGeneralFailure, "The answer from " + *url + " announces " +
+                                         std::to_string(length) +
+                                         " bytes, past the answer limit of " +
+                                         std::to_string(limits->maxBytes) + " bytes");
+    }
+    return parser.emplace(charsetOf(type), *url, *limits,
                           length > 0 ? static_cast<uint64_t>(length) : 0);
+  }
+
+  // A step of the parse. An HTML page (a portal's sign-in page, a proxy's error) fails as
+  // what it is, whatever its markup trips over first.
+  template <class Step>
+  decltype(auto) parsing(Step&& step) {
+    try {
+      return step();
+    } catch (const Failure& f) {
+      if (!html || f.code() != kUnusableAnswer) throw;
+      throw Failure(kUnusableAnswer,
+                    "The answer from " + *url + " is an HTML page, not a SOAP envelope");
+    }
   }
 };
 
@@ -73,7 +102,7 @@ size_t onBody(char* data, size_t size, size_t count, void* user) {
       x.startParser();
     }
     if (x.traced) x.traced->append(data, n);
-    x.parser->feed({data, n});
+    x.parsing([&] { x.parser->feed({data, n}); });
     return n;
   } catch (...) {
     x.failure = std::current_exception();
@@ -107,6 +136,7 @@ size_t onBody(char* data, size_t size, size_t count, void* user) {
     throw Failure(kTimedOut, "No answer from " + url + " within " +
                                  std::to_string(x.watch.timeoutMs) + " ms of inactivity");
   }
+  if (failedVerification(rc)) throw Failure(kUnverifiedServer, unverifiedText(url, what));
   switch (rc) {
     case CURLE_COULDNT_CONNECT: {
       long osErrno = 0;
@@ -120,7 +150,7 @@ size_t onBody(char* data, size_t size, size_t count, void* user) {
     case CURLE_COULDNT_RESOLVE_PROXY:
       throw Failure(kUnusableServer, "The server address \"" + url + "\" cannot be used: " + what);
     case CURLE_BAD_CONTENT_ENCODING:
-      throw Failure(kUnusableServer, "The answer from " + url + " cannot be decoded: " + what);
+      throw Failure(kUnusableAnswer, "The answer from " + url + " cannot be decoded: " + what);
     case CURLE_GOT_NOTHING:
     case CURLE_RECV_ERROR:
     case CURLE_SEND_ERROR:
@@ -138,7 +168,7 @@ Answer finish(CURLcode rc, CURL* easy, Transfer& x, const std::string& url, cons
   curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
   if (!acceptedStatus(status)) throwUnexpectedStatus(easy, status);
   if (!x.parser) x.startParser();
-  return x.parser->finish();
+  return x.parsing([&] { return x.parser->finish(); });
 }
 
 }  // namespace
@@ -156,6 +186,10 @@ struct ConnectionPool::Handles {
   std::string proxy = "-";
   long connectTimeoutMs = -1;
   char errors[CURL_ERROR_SIZE] = "";
+  // The authorities trusted: the host's own file, or libcurl's built-in bundle and directory.
+  std::string caFile;
+  std::string defaultCaFile;
+  std::string defaultCaPath;
 
   ~Handles() {
     for (auto& [action, list] : headersByAction) curl_slist_free_all(list);
@@ -190,6 +224,15 @@ ConnectionPool::ConnectionPool() : handles_(std::make_unique<Handles>()) {
   CURLSH* share = curl_share_init();
   if (!share) throw Failure(kGeneralFailure, "Out of memory creating an HTTP handle");
   handles_->share = share;
+  // The built-in places of the system's authorities, to go back to when the host's file is unset.
+  char* builtIn = nullptr;
+  if (curl_easy_getinfo(e, CURLINFO_CAINFO, &builtIn) == CURLE_OK && builtIn) {
+    handles_->defaultCaFile = builtIn;
+  }
+  builtIn = nullptr;
+  if (curl_easy_getinfo(e, CURLINFO_CAPATH, &builtIn) == CURLE_OK && builtIn) {
+    handles_->defaultCaPath = builtIn;
+  }
   curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
   curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
   shareWith(e);
@@ -213,6 +256,29 @@ void ConnectionPool::shareWith(void* easy) {
   // "" turns the cookie engine on without reading a file; nothing names a file to write.
   curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
   curl_easy_setopt(easy, CURLOPT_SHARE, handles_->share);
+  trustWith(easy);
+}
+
+void ConnectionPool::trustWith(void* easy) {
+  const auto& h = *handles_;
+  // libcurl's defaults already, said here so that no other setting can have turned them off.
+  curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
+  auto orNull = [](const std::string& s) { return s.empty() ? nullptr : s.c_str(); };
+  if (h.caFile.empty()) {
+    curl_easy_setopt(easy, CURLOPT_CAINFO, orNull(h.defaultCaFile));
+    curl_easy_setopt(easy, CURLOPT_CAPATH, orNull(h.defaultCaPath));
+  } else {
+    // The host's file alone, without the system's directory: it names whom it trusts.
+    curl_easy_setopt(easy, CURLOPT_CAINFO, h.caFile.c_str());
+    curl_easy_setopt(easy, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+  }
+}
+
+void ConnectionPool::setCaFile(const std::string& path) {
+  if (handles_->caFile == path) return;
+  handles_->caFile = path;
+  trustWith(handles_->easy);
 }
 
 HttpTransport::HttpTransport(ConnectionPool& pool, const AnswerLimits& limits)

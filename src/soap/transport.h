@@ -1,7 +1,8 @@
 #pragma once
 // HTTP transport for SOAP requests, on libcurl. One transport serves one call; the connection
 // pool outlives calls, so that one libcurl handle and its kept-alive connections serve them all.
-// The pool also holds the service's cookies, in memory only, for its calls and its uploads.
+// The pool also holds the service's cookies, in memory only, and the authorities its TLS
+// connections trust, for its calls and its uploads.
 
 #include <cstdint>
 #include <memory>
@@ -20,11 +21,16 @@ class ConnectionPool {
   ConnectionPool(const ConnectionPool&) = delete;
   ConnectionPool& operator=(const ConnectionPool&) = delete;
 
+  // The PEM file of the certificate authorities that servers' certificates must chain to,
+  // instead of the system's; empty: the system's. Takes effect at the next call or upload.
+  void setCaFile(const std::string& path);
+
  private:
   friend class HttpTransport;
   friend class FileUpload;
-  // Gives another libcurl easy handle this pool's cookies and resolver cache.
+  // Gives another libcurl easy handle this pool's cookies, resolver cache and trust.
   void shareWith(void* easy);
+  void trustWith(void* easy);
 
   struct Handles;
   std::unique_ptr<Handles> handles_;

@@ -17,6 +17,7 @@
 #include "brenmoor/version.h"
 #include "soap/failure.h"
 #include "soap/idle_watch.h"
+#include "soap/tls.h"
 #include "soap/upload_url.h"
 #include "util/convert.h"
 
@@ -164,6 +165,10 @@ Outcome classify(CURLcode rc, const Transfer& x, const std::string& url, const c
   // Also when the connection failed after the page had answered: its reason beats ours.
   if (x.answer.find("Error:") != std::string::npos) return {FileUpload::kErrorAnswer, x.answer};
   if (rc == CURLE_OK || (rc == CURLE_WRITE_ERROR && x.answerCut)) return {};
+  if (failedVerification(rc)) {
+    return {FileUpload::kSendFailed,
+            unverifiedText(url, errors[0] ? errors : curl_easy_strerror(rc))};
+  }
   if (x.watch.idleTooLong || rc == CURLE_OPERATION_TIMEDOUT) {
     return {FileUpload::kSendFailed, "Upload to " + url + " timed out: no byte moved for " +
                                          std::to_string(x.watch.timeoutMs) + " ms"};

@@ -87,8 +87,10 @@ bool readRequest(int fd, std::string& buffer, RecordedRequest& request, bool& ke
   return true;
 }
 
+}  // namespace
+
 // Whether the connection may carry another request.
-bool sendReply(int fd, const Reply& reply, bool keepAlive) {
+bool ScriptedServer::sendReply(int fd, const Reply& reply, bool keepAlive) {
   if (reply.kind == Reply::Kind::Drop) return false;
   std::string head = "HTTP/1.1 " + std::to_string(reply.status) +
                      (reply.status == 200 ? " OK" : " Scripted") +
@@ -97,8 +99,16 @@ bool sendReply(int fd, const Reply& reply, bool keepAlive) {
                      (keepAlive ? "" : "\r\nConnection: close") + "\r\n";
   for (const auto& line : reply.headers) head += line + "\r\n";
   head += "\r\n";
-  if (reply.kind == Reply::Kind::Truncate) {
+  const bool cut = reply.kind == Reply::Kind::Truncate || reply.kind == Reply::Kind::Reset ||
+                   reply.kind == Reply::Kind::Stall;
+  if (cut) {
     sendAll(fd, head + reply.body.substr(0, reply.body.size() / 2));
+    if (reply.kind == Reply::Kind::Stall) pause(reply.delay);
+    if (reply.kind == Reply::Kind::Reset) {
+      // Closing with a zero linger time sends RST instead of FIN.
+      const linger abort{1, 0};
+      ::setsockopt(fd, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
+    }
     return false;
   }
   if (reply.kind == Reply::Kind::Drip) {
@@ -112,7 +122,10 @@ bool sendReply(int fd, const Reply& reply, bool keepAlive) {
   return sendAll(fd, head + reply.body) && keepAlive;
 }
 
-}  // namespace
+bool ScriptedServer::pause(std::chrono::milliseconds duration) {
+  std::unique_lock lock(mutex_);
+  return !stopSignal_.wait_for(lock, duration, [this] { return stopping_; });
+}
 
 ScriptedServer::ScriptedServer(uint16_t port)
     : listener_(bindLoopback(port)),
@@ -195,11 +208,7 @@ void ScriptedServer::serve(int fd) {
     bool keepAlive = false;
     if (!readRequest(fd, buffer, request, keepAlive)) break;
     const Reply reply = record(std::move(request));
-    {
-      std::unique_lock lock(mutex_);
-      stopSignal_.wait_for(lock, reply.delay, [this] { return stopping_; });
-      if (stopping_) break;
-    }
+    if (reply.kind != Reply::Kind::Stall && !pause(reply.delay)) break;
     open = sendReply(fd, reply, keepAlive);
   }
   {

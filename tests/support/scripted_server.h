@@ -39,13 +39,15 @@ struct Reply {
     Drop,      // close the connection without answering
     Truncate,  // headers with the full Content-Length, half the body, then close
     Drip,      // headers, then the body one byte at a time, `dripEvery` apart
+    Reset,     // headers and half the body, then a TCP reset
+    Stall,     // headers and half the body, then silence for `delay`, then close
   };
 
   int status = 200;
   std::string contentType = "text/xml; charset=utf-8";
   std::string body;
   std::vector<std::string> headers;    // more header lines, such as "Set-Cookie: s=1"
-  std::chrono::milliseconds delay{0};  // silence before anything is sent
+  std::chrono::milliseconds delay{0};  // silence before anything is sent (Stall: mid-body)
   std::chrono::milliseconds dripEvery{0};
   Kind kind = Kind::Normal;
 
@@ -84,6 +86,17 @@ struct Reply {
     reply.kind = Kind::Truncate;
     return reply;
   }
+  static Reply resetMidBody(std::string body) {
+    Reply reply = xml(std::move(body));
+    reply.kind = Kind::Reset;
+    return reply;
+  }
+  static Reply stallMidBody(std::string body, std::chrono::milliseconds silence) {
+    Reply reply = xml(std::move(body));
+    reply.kind = Kind::Stall;
+    reply.delay = silence;
+    return reply;
+  }
 };
 
 // An HTTP/1.1 server on 127.0.0.1 that records every request and answers each with the next
@@ -111,6 +124,8 @@ class ScriptedServer {
   void acceptConnections();
   void serve(int fd);
   Reply record(RecordedRequest request);
+  bool sendReply(int fd, const Reply& reply, bool keepAlive);
+  bool pause(std::chrono::milliseconds duration);  // false once the server is stopping
 
   int listener_ = -1;
   uint16_t port_ = 0;
