@@ -148,7 +148,8 @@ TEST_F(ProjectsWire, RefusesAnswersPastTheLimitAndTakesLargeOnesWithin) {
   EXPECT_EQ(service.lastErrID(), -1);
   std::smatch reached;
   ASSERT_TRUE(std::regex_search(service.lastErrMsg(), reached,
-                                std::regex("65536 bytes \\(([0-9]+) bytes received\\)")))
+                                std::regex("announces ([0-9]+) bytes, past the answer limit of "
+                                           "65536 bytes")))
       << service.lastErrMsg();
   EXPECT_GT(std::stoul(reached[1]), 65536u);
 
