@@ -152,5 +152,16 @@ cli "${as_demo[@]}" polls "$page"
 cli "${as_demo[@]}" qa "$page"
 cli "${as_demo[@]}" projects delete "$project"
 
+echo "Other toolkits: each service describes itself, and refuses what a SOAP 1.1 server refuses"
+echo "\$ curl $url/services/Reports?wsdl   (operations it declares)"
+curl --silent --show-error --fail --noproxy '*' --max-time 10 "$url/services/Reports?wsdl" \
+  | grep -o '<wsdl:operation name="[^"]*"' | sort -u | cut -d'"' -f2 | paste -sd' ' | fold -s -w 96
+echo
+echo "\$ curl --data @soap12-envelope.xml $url/services/Login   (a SOAP 1.2 envelope)"
+curl --silent --noproxy '*' --max-time 10 -H 'Content-Type: application/soap+xml' \
+  --data '<e:Envelope xmlns:e="http://www.w3.org/2003/05/soap-envelope"><e:Body/></e:Envelope>' \
+  "$url/services/Login" | grep -o '<faultcode>[^<]*</faultcode><faultstring>[^<]*</faultstring>'
+echo
+
 echo "Sandbox requests:"
 cat "$data/sandbox.log"
