@@ -54,7 +54,10 @@ void walk(const brenmoor::soap::Answer& answer) {
   const brenmoor::util::PinnedOffset oneOffsetPerAnswer;
   if (const brenmoor::soap::Node fault = answer.fault()) {
     attempt([&] { (void)brenmoor::service::genericFaultAlert(fault); });
-    attempt([&] { (void)fault.child("detail").child("id").textContent(); });
+    // The duplicate-name check, as the pipeline makes it.
+    const brenmoor::soap::Node detail = fault.child("detail");
+    const brenmoor::soap::Node id = detail ? detail.child("id") : brenmoor::soap::Node();
+    if (id) attempt([&] { (void)id.textContent(); });
     return;
   }
   for (size_t i = 0; i < answer.parameterCount(); ++i) (void)answer.parameter(i).name();
