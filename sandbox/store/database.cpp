@@ -11,17 +11,19 @@ namespace {
   throw std::runtime_error("SQLite " + std::string(doing) + ": " + sqlite3_errmsg(db));
 }
 
+// The same few statements run on every call; a handful more come from the odd query.
+constexpr std::size_t kMaxKeptStatements = 256;
+
 }  // namespace
 
-Statement::Statement(sqlite3* db, std::string_view sql) : db_(db) {
-  if (sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &statement_, nullptr) !=
-      SQLITE_OK) {
-    fail(db, "prepare");
-  }
-}
-
 Statement::~Statement() {
-  sqlite3_finalize(statement_);
+  if (!in_use_) {
+    sqlite3_finalize(statement_);
+    return;
+  }
+  sqlite3_reset(statement_);
+  sqlite3_clear_bindings(statement_);
+  *in_use_ = false;
 }
 
 bool Statement::step() {
@@ -89,7 +91,27 @@ Database::Database(const std::filesystem::path& file) {
 }
 
 Database::~Database() {
+  for (auto& [sql, kept] : kept_) sqlite3_finalize(kept.statement);
   sqlite3_close(db_);
+}
+
+Statement Database::prepare(std::string_view sql) {
+  const auto found = kept_.find(std::string(sql));
+  if (found != kept_.end() && !found->second.in_use) {
+    found->second.in_use = true;
+    return Statement(db_, found->second.statement, &found->second.in_use);
+  }
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_prepare_v2(db_, sql.data(), static_cast<int>(sql.size()), &statement, nullptr) !=
+      SQLITE_OK) {
+    sqlite3_finalize(statement);
+    fail(db_, "prepare");
+  }
+  // One already in use (a statement run again while its rows are read) stays unkept.
+  if (found != kept_.end() || kept_.size() >= kMaxKeptStatements) return Statement(db_, statement);
+  Kept& kept = kept_[std::string(sql)];
+  kept = {statement, true};
+  return Statement(db_, statement, &kept.in_use);
 }
 
 void Database::execute(std::string_view sql) {
@@ -112,7 +134,7 @@ Transaction::~Transaction() {
 }
 
 void Transaction::commit() {
-  db_.execute("RELEASE change");
+  db_.prepare("RELEASE change").run();
   done_ = true;
 }
 

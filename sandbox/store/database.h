@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -14,7 +15,10 @@ namespace sandbox {
 // One prepared statement; bind parameters in order, then step through the rows.
 class Statement {
  public:
-  Statement(sqlite3* db, std::string_view sql);
+  // `in_use`, when given, marks a statement the database keeps for reuse: it is reset on
+  // destruction and `*in_use` cleared; otherwise the statement is finalized.
+  Statement(sqlite3* db, sqlite3_stmt* statement, bool* in_use = nullptr)
+      : db_(db), statement_(statement), in_use_(in_use) {}
   ~Statement();
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
@@ -42,7 +46,8 @@ class Statement {
   void bind_value(int index, std::string_view value);
 
   sqlite3* db_;
-  sqlite3_stmt* statement_ = nullptr;
+  sqlite3_stmt* statement_;
+  bool* in_use_;
 };
 
 // The sandbox's SQLite file. Not thread-safe: callers serialise access.
@@ -55,17 +60,24 @@ class Database {
 
   // Runs one or more statements that take no parameters.
   void execute(std::string_view sql);
-  Statement prepare(std::string_view sql) { return Statement(db_, sql); }
+  // Statements are kept prepared once used: compiling them cost more than running them.
+  Statement prepare(std::string_view sql);
 
  private:
+  struct Kept {
+    sqlite3_stmt* statement = nullptr;
+    bool in_use = false;
+  };
+
   sqlite3* db_ = nullptr;
+  std::unordered_map<std::string, Kept> kept_;
 };
 
 // Groups the statements of one change: rolled back unless commit() is reached. A savepoint,
 // so that a change made of smaller changes can group them again.
 class Transaction {
  public:
-  explicit Transaction(Database& db) : db_(db) { db_.execute("SAVEPOINT change"); }
+  explicit Transaction(Database& db) : db_(db) { db_.prepare("SAVEPOINT change").run(); }
   ~Transaction();
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;

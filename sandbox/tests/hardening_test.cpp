@@ -244,8 +244,13 @@ TEST_F(SandboxLoadTest, DrippingClientsDoNotStarveOthersAndManyClientsKeepWritin
         return;
       }
       for (int i = 0; i < 100000 && Clock::now() < until; ++i) {
-        const bool ok =
-            !new_project(session, "load-" + std::to_string(c) + "-" + std::to_string(i)).empty();
+        const auto result = session.call(
+            "Telvane", kMainNs, "createProject",
+            session.key() +
+                arg("name", "string", "load-" + std::to_string(c) + "-" + std::to_string(i)) +
+                arg("description", "string", ""));
+        const bool ok = !result.value.empty();
+        EXPECT_TRUE(ok) << "client " << c << ": " << result.status << " " << result.body;
         ++(ok ? written : failed)[static_cast<std::size_t>(c)];
       }
     });

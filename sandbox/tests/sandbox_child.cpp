@@ -157,7 +157,10 @@ SoapSession::Result SoapSession::call(std::string_view service, std::string_view
 SoapSession::Result SoapSession::post(const std::string& path_and_query, const std::string& body) {
   Result result;
   const auto answer = http.Post(path_and_query, body, "text/xml; charset=UTF-8");
-  if (!answer) return result;
+  if (!answer) {
+    result.body = "no answer: " + httplib::to_string(answer.error());
+    return result;
+  }
   result.status = answer->status;
   result.body = answer->body;
   const auto open = result.body.find("Return ");
