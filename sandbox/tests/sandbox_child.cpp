@@ -123,6 +123,10 @@ std::string RawConnection::receive(std::chrono::milliseconds wait) {
 
 SoapSession::SoapSession(int port) : http("127.0.0.1", port) {
   http.set_read_timeout(std::chrono::seconds(10));
+  // One connection per session, as the library keeps it: a connection per call would also
+  // leave thousands of ports waiting out TIME_WAIT.
+  http.set_keep_alive(true);
+  http.set_tcp_nodelay(true);
 }
 
 bool SoapSession::sign_in() {
