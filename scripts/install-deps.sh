@@ -10,7 +10,8 @@ packages=(
   libgtest-dev libgmock-dev libcli11-dev libssl-dev libbenchmark-dev
   nlohmann-json3-dev zlib1g-dev help2man
 )
-[[ "${1:-}" == "--tests" ]] && packages+=(chromium python3-zeep)
+# The TLS tests expect a system certificate store to refuse an authority it does not hold.
+[[ "${1:-}" == "--tests" ]] && packages+=(chromium python3-zeep ca-certificates)
 [[ "${1:-}" == "--fuzz" ]] && packages+=(clang-14 libclang-rt-14-dev)
 
 missing=()
