@@ -48,9 +48,9 @@ void remove_stored_files(const std::filesystem::path& data_dir,
   }
 }
 
-void remove_partial_uploads(const std::filesystem::path& data_dir) {
+void remove_partial_files(const std::filesystem::path& data_dir) {
   std::error_code error;
-  std::vector<std::filesystem::path> folders{data_dir / "uploads"};
+  std::vector<std::filesystem::path> folders{data_dir / "uploads", data_dir / "outbox"};
   for (const auto& project : std::filesystem::directory_iterator(data_dir / "projects", error)) {
     folders.push_back(project.path());
   }

@@ -21,7 +21,7 @@ bool is_stored_file_path(std::string_view path);
 // Removes stored files; one already gone is no matter.
 void remove_stored_files(const std::filesystem::path& data_dir,
                          const std::vector<std::string>& paths);
-// Removes the ".part" files of uploads that a killed sandbox left unfinished.
-void remove_partial_uploads(const std::filesystem::path& data_dir);
+// Removes the ".part" files of uploads and outgoing mail that a killed sandbox left unfinished.
+void remove_partial_files(const std::filesystem::path& data_dir);
 
 }  // namespace sandbox

@@ -98,7 +98,7 @@ SandboxServer::SandboxServer(const ServerOptions& options)
       admin_pages_(dispatcher_),
       http_(std::make_unique<GuardedServer>(options.connection_limits)) {
   create_schema(db_);
-  remove_partial_uploads(options_.data_dir);
+  remove_partial_files(options_.data_dir);
   if (options_.seed || has_no_users(db_)) seed_demo_data(db_);
   install_routes(options_.log);
 }
@@ -118,6 +118,9 @@ void SandboxServer::install_routes(bool log) {
                                         ? options_.max_upload_bytes
                                         : kMaxRequestBody;
         if (request.get_header_value<std::uint64_t>("Content-Length") <= limit) return 100;
+        response.set_content("The request body is larger than the sandbox accepts (" +
+                                 std::to_string(limit) + " bytes)\n",
+                             "text/plain");
         GuardedServer::close_after_answer(response);
         return response.status = 413;
       });
