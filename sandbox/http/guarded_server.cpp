@@ -23,6 +23,9 @@ constexpr std::chrono::milliseconds kSlice{100};
 // After an answer that leaves a body unread: how long, and how much, is still read.
 constexpr std::chrono::milliseconds kLingerTime{2000};
 constexpr std::size_t kLingerBytes = 64 * 1024 * 1024;
+// httplib reads a chunk-size line a byte at a time into a buffer that grows to fit: a body
+// read a byte at a time for longer than this is not chunks but an endless line.
+constexpr std::size_t kMaxByteReads = 64 * 1024;
 
 thread_local bool close_requested = false;
 
@@ -67,6 +70,7 @@ class GuardedStream final : public httplib::Stream {
       if (ready > 0 && !receive()) return false;
     }
     in_headers_ = true;
+    byte_reads_ = 0;
     header_deadline_ = Clock::now() + limits_.header_time;
     header_bytes_ = 0;
     tail_ = 0;
@@ -85,6 +89,11 @@ class GuardedStream final : public httplib::Stream {
     }
     std::size_t n = std::min(size, end_ - begin_);
     if (in_headers_ && (n = take_header_bytes(n)) == 0) {
+      broken_ = true;
+      return -1;
+    }
+    byte_reads_ = size == 1 ? byte_reads_ + 1 : 0;
+    if (!in_headers_ && byte_reads_ > kMaxByteReads) {
       broken_ = true;
       return -1;
     }
@@ -186,7 +195,8 @@ class GuardedStream final : public httplib::Stream {
   bool in_headers_ = false;
   Clock::time_point header_deadline_;
   std::size_t header_bytes_ = 0;
-  std::size_t tail_ = 0;  // how much of "\r\n\r\n" the last header bytes matched
+  std::size_t tail_ = 0;        // how much of "\r\n\r\n" the last header bytes matched
+  std::size_t byte_reads_ = 0;  // reads of one byte in a row
   bool broken_ = false;
 };
 

@@ -160,34 +160,37 @@ TEST(SandboxLimitsTest, OversizedBodiesAreRefusedAtOnceWithBoundedMemory) {
   const std::string upload = "/AssetManager/am_Asset_BinaryUpload.jsp?key=";
   const std::string chunk = std::string("100000\r\n") + std::string(1 << 20, 'x') + "\r\n";
 
+  const std::string endless_line(1 << 20, 'a');  // a chunk-size line that never ends
   struct Case {
-    std::string head;  // request line and headers
-    bool chunked;      // then 1 MiB chunks until the answer comes
+    std::string head;      // request line and headers
+    std::string repeated;  // then sent again and again until the answer comes
     std::string status;
     std::string text;  // in the answer
   };
   const std::vector<Case> cases = {
-      {"POST /services/Login HTTP/1.1\r\nContent-Length: 1073741824\r\n", false, "413",
+      {"POST /services/Login HTTP/1.1\r\nContent-Length: 1073741824\r\n", "", "413",
        "larger than the sandbox accepts (16777216 bytes)"},
-      {"POST /services/Login HTTP/1.1\r\nTransfer-Encoding: chunked\r\n", true, "413",
+      {"POST /services/Login HTTP/1.1\r\nTransfer-Encoding: chunked\r\n", chunk, "413",
        "larger than the sandbox accepts"},
-      {"POST " + upload + key_text(session) + " HTTP/1.1\r\nContent-Length: 4194305\r\n", false,
-       "413", "Error: the file is larger than the sandbox accepts (4194304 bytes)"},
-      {"POST " + upload + key_text(session) + " HTTP/1.1\r\nTransfer-Encoding: chunked\r\n", true,
+      {"POST /services/Login HTTP/1.1\r\nTransfer-Encoding: chunked\r\n", endless_line, "400",
+       "Connection: close"},
+      {"POST " + upload + key_text(session) + " HTTP/1.1\r\nContent-Length: 4194305\r\n", "", "413",
+       "Error: the file is larger than the sandbox accepts (4194304 bytes)"},
+      {"POST " + upload + key_text(session) + " HTTP/1.1\r\nTransfer-Encoding: chunked\r\n", chunk,
        "413", "Error: the file is larger"},
-      {"PUT /services/Login HTTP/1.1\r\nTransfer-Encoding: chunked\r\n", true, "413",
+      {"PUT /services/Login HTTP/1.1\r\nTransfer-Encoding: chunked\r\n", chunk, "413",
        "Only POST requests may carry a body"},
-      {"GET /unmanaged/x/y HTTP/1.1\r\nContent-Length: 1073741824\r\n", false, "413", "Only POST"},
+      {"GET /unmanaged/x/y HTTP/1.1\r\nContent-Length: 1073741824\r\n", "", "413", "Only POST"},
       {"POST /services/Login HTTP/1.1\r\nContent-Length: 1073741824\r\nExpect: 100-continue\r\n",
-       false, "413", "larger than the sandbox accepts"},
+       "", "413", "larger than the sandbox accepts"},
   };
   for (const Case& c : cases) {
     RawConnection connection(sandbox.port());
     const auto started = Clock::now();
     ASSERT_TRUE(connection.send(c.head + "Host: 127.0.0.1\r\n\r\n"));
     std::string answer = connection.receive(milliseconds(300));
-    for (int sent = 0; c.chunked && answer.empty() && sent < 64; ++sent) {
-      if (!connection.send(chunk)) break;
+    for (int sent = 0; !c.repeated.empty() && answer.empty() && sent < 64; ++sent) {
+      if (!connection.send(c.repeated)) break;
       answer = connection.receive(milliseconds(5));
     }
     if (answer.empty()) answer = connection.receive(milliseconds(2000));
