@@ -178,6 +178,7 @@ class GuardedStream final : public httplib::Stream {
       tail_ = c == kEnd[tail_] ? tail_ + 1 : (c == '\r' ? 1 : 0);
       if (tail_ == 4) {
         in_headers_ = false;
+        byte_reads_ = 0;
         n = i + 1;
         break;
       }
