@@ -243,6 +243,7 @@ TEST_F(SandboxLoadTest, DrippingClientsDoNotStarveOthersAndManyClientsKeepWritin
     clients.emplace_back([&, c] {
       SoapSession session(port);
       if (!session.sign_in()) {
+        ADD_FAILURE() << "client " << c << " could not sign in: " << session.last_body;
         ++failed[static_cast<std::size_t>(c)];
         return;
       }

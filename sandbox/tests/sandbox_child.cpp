@@ -162,11 +162,11 @@ SoapSession::Result SoapSession::post(const std::string& path_and_query, const s
   Result result;
   const auto answer = http.Post(path_and_query, body, "text/xml; charset=UTF-8");
   if (!answer) {
-    result.body = "no answer: " + httplib::to_string(answer.error());
+    result.body = last_body = "no answer: " + httplib::to_string(answer.error());
     return result;
   }
   result.status = answer->status;
-  result.body = answer->body;
+  result.body = last_body = answer->body;
   const auto open = result.body.find("Return ");
   const auto start = open == std::string::npos ? open : result.body.find('>', open);
   const auto end = start == std::string::npos ? start : result.body.find('<', start);

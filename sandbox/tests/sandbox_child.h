@@ -76,6 +76,7 @@ class SoapSession {
   std::string token;
   std::string secret;
   std::int64_t counter = 1;
+  std::string last_body;  // of the last call, for failure messages
 };
 
 }  // namespace sandbox::testing
