@@ -216,6 +216,17 @@ void GuardedServer::close_after_answer(httplib::Response& response) {
   close_requested = true;
 }
 
+int GuardedServer::bind_listener(const std::string& host, int port) {
+  if (port == 0) {
+    port = bind_to_any_port(host);
+  } else if (!bind_to_port(host, port)) {
+    port = -1;
+  }
+  // listen() again on a listening socket only changes its queue length.
+  if (port >= 0 && ::listen(svr_sock_, SOMAXCONN) != 0) return -1;
+  return port;
+}
+
 bool GuardedServer::process_and_close_socket(socket_t sock) {
   const int on = 1;
   setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);

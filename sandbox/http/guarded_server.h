@@ -18,6 +18,12 @@ class GuardedServer : public httplib::Server {
   // that writes its whole body before reading sees the answer rather than a reset.
   static void close_after_answer(httplib::Response& response);
 
+  // Binds as bind_to_port does (any free port for 0); the bound port, or -1. httplib listens
+  // with a queue of 5: a dozen clients connecting at once overflow it, and the kernel then
+  // answers the rest with SYN cookies or drops, which some see as a reset of their first
+  // request. The queue is made as long as the system allows.
+  int bind_listener(const std::string& host, int port);
+
  private:
   bool process_and_close_socket(socket_t sock) override;
 

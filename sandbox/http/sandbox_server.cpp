@@ -193,9 +193,7 @@ void SandboxServer::install_routes(bool log) {
 }
 
 int SandboxServer::start() {
-  const int port = options_.port == 0
-                       ? http_->bind_to_any_port(options_.host)
-                       : (http_->bind_to_port(options_.host, options_.port) ? options_.port : -1);
+  const int port = http_->bind_listener(options_.host, options_.port);
   if (port < 0) {
     throw std::runtime_error("cannot listen on " + options_.host + ":" +
                              std::to_string(options_.port));

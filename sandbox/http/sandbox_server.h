@@ -17,11 +17,9 @@
 #include "store/database.h"
 #include "viewers/viewer_pages.h"
 
-namespace httplib {
-class Server;
-}
-
 namespace sandbox {
+
+class GuardedServer;
 
 struct ServerOptions {
   std::string host = "127.0.0.1";  // a numeric address; "localhost" means 127.0.0.1
@@ -73,7 +71,7 @@ class SandboxServer {
   FilePages file_pages_;
   ViewerPages viewer_pages_;
   AdminPages admin_pages_;
-  std::unique_ptr<httplib::Server> http_;
+  std::unique_ptr<GuardedServer> http_;
   std::thread listener_;
 };
 

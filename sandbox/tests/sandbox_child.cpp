@@ -131,6 +131,7 @@ SoapSession::SoapSession(int port) : http("127.0.0.1", port) {
 
 bool SoapSession::sign_in() {
   const std::string challenge = call("Login", kLoginNs, "getChallenge").value;
+  if (challenge.empty()) return false;
   secret = md5_hex(challenge + md5_hex("demo"));
   token = call("Login", kLoginNs, "userLogin",
                arg("challenge", "string", challenge) +
