@@ -104,10 +104,21 @@ bool RawConnection::send(std::string_view bytes) {
   return true;
 }
 
-std::string RawConnection::receive(std::chrono::milliseconds wait) {
-  std::string text;
+namespace {
+
+// Whether `text` holds an answer's headers and the body bytes they announce.
+bool whole_answer(const std::string& text) {
+  const auto end = text.find("\r\n\r\n");
+  const auto length = text.find("\r\nContent-Length: ");
+  if (end == std::string::npos || length == std::string::npos || length > end) return false;
+  return text.size() - end - 4 >= std::stoul(text.substr(length + 18));
+}
+
+}  // namespace
+
+std::string RawConnection::receive(std::chrono::milliseconds wait, std::string text) {
   const auto until = std::chrono::steady_clock::now() + wait;
-  for (;;) {
+  while (!whole_answer(text)) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         until - std::chrono::steady_clock::now());
     pollfd ready{fd_, POLLIN, 0};
@@ -116,7 +127,6 @@ std::string RawConnection::receive(std::chrono::milliseconds wait) {
     const ssize_t n = ::recv(fd_, chunk, sizeof chunk, 0);
     if (n <= 0) break;
     text.append(chunk, static_cast<std::size_t>(n));
-    if (text.find("\r\n\r\n") != std::string::npos) wait = std::chrono::milliseconds(200);
   }
   return text;
 }

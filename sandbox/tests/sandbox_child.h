@@ -47,8 +47,9 @@ class RawConnection {
 
   // False once the peer no longer takes bytes.
   bool send(std::string_view bytes);
-  // What arrives within `wait`, up to the peer's close; empty when nothing came.
-  std::string receive(std::chrono::milliseconds wait);
+  // `text` and what arrives within `wait`, up to the peer's close or a whole answer (headers
+  // and the body bytes they announce); an answer may come in pieces, so pass on a part.
+  std::string receive(std::chrono::milliseconds wait, std::string text = {});
 
  private:
   int fd_ = -1;
